@@ -1,0 +1,67 @@
+#include "platform/Resources.h"
+
+#include <fstream>
+#include <iterator>
+#include <sys/stat.h>
+
+namespace tw {
+
+namespace {
+
+bool equalNoCase(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        unsigned char x = static_cast<unsigned char>(a[i]), y = static_cast<unsigned char>(b[i]);
+        if (x >= 'A' && x <= 'Z') x = static_cast<unsigned char>(x + 32);
+        if (y >= 'A' && y <= 'Z') y = static_cast<unsigned char>(y + 32);
+        if (x != y) return false;
+    }
+    return true;
+}
+
+bool isRegularFile(const std::string& path) {
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+std::optional<std::vector<std::uint8_t>> readWholeFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return std::nullopt;
+    return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+}  // namespace
+
+const EmbeddedResource* findEmbeddedResource(std::string_view type, std::string_view name) {
+    for (const EmbeddedResource& r : embeddedResources())
+        if (equalNoCase(r.type, type) && equalNoCase(r.name, name)) return &r;
+    return nullptr;
+}
+
+std::string getResourceFolder(std::string_view productName, const std::string& binaryFolder) {
+    std::string pointer = binaryFolder + std::string(productName) + " Resources Path.txt";
+    if (isRegularFile(pointer)) {
+        if (auto text = readWholeFile(pointer)) {
+            std::string folder;
+            for (std::uint8_t c : *text)
+                if (c != '\n' && c != '\r') folder.push_back(static_cast<char>(c));
+            if (!folder.empty() && folder.back() != '/') folder.push_back('/');
+            return folder;
+        }
+    }
+    return binaryFolder + std::string(productName) + " Resources/";
+}
+
+std::optional<std::vector<std::uint8_t>> loadResource(const std::string& resourceFolder,
+                                                      std::string_view type, std::string_view name) {
+    if (!resourceFolder.empty()) {
+        std::string file = resourceFolder + std::string(name) + "." + std::string(type);
+        if (isRegularFile(file))
+            if (auto bytes = readWholeFile(file)) return bytes;
+    }
+    if (const EmbeddedResource* r = findEmbeddedResource(type, name))
+        return std::vector<std::uint8_t>(r->data, r->data + r->size);
+    return std::nullopt;
+}
+
+}  // namespace tw

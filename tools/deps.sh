@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# Installs everything the build, the tests, the benchmarks and the fuzz targets need,
+# on a fresh Debian 12 machine. Runs apt-get through sudo when not root.
+set -euo pipefail
+SUDO=""
+if [ "$(id -u)" != 0 ]; then SUDO=sudo; fi
+export DEBIAN_FRONTEND=noninteractive
+$SUDO apt-get update -qq
+$SUDO apt-get install -y -qq --no-install-recommends \
+  cmake ninja-build g++ clang libclang-rt-14-dev pkg-config \
+  zlib1g-dev libpng-dev libx11-dev libxext-dev libsndfile1-dev \
+  libfreetype-dev fonts-dejavu-core \
+  libgtest-dev libgmock-dev libbenchmark-dev libcairo2-dev \
+  >/dev/null
