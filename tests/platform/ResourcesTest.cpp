@@ -1,5 +1,7 @@
 #include "platform/Resources.h"
 
+#include "platform/TempFolder.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -9,22 +11,9 @@
 
 namespace fs = std::filesystem;
 using namespace tw;
+using tw::test::TempFolder;
 
 namespace {
-
-struct TempFolder {
-    fs::path path;
-    TempFolder() {
-        char pattern[] = "/tmp/tidewake-test-XXXXXX";
-        path = ::mkdtemp(pattern);
-    }
-    ~TempFolder() { fs::remove_all(path); }
-    std::string str() const { return path.string() + "/"; }
-    void write(const std::string& relative, const std::string& text) const {
-        fs::create_directories((path / relative).parent_path());
-        std::ofstream(path / relative, std::ios::binary) << text;
-    }
-};
 
 std::string text(const std::optional<std::vector<std::uint8_t>>& bytes) {
     return bytes ? std::string(bytes->begin(), bytes->end()) : std::string("<none>");
