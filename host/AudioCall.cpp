@@ -1,0 +1,139 @@
+// The audio call: the host's blocks of any length become frames of exactly `frameSize`
+// samples, processed in place in the frame buffers, so the effect adds one frame of
+// latency. MIDI events wait in a queue until the frame that holds their sample runs.
+#include <algorithm>
+#include <cstring>
+
+#include "host/PluginInstance.h"
+
+namespace tw {
+
+void PluginInstance::runPendingReset() {
+    int expected = 1;
+    if (!needsReset_.compare_exchange_strong(expected, 0)) return;
+    Mutex::Guard guard(audioMutex_);
+    inputSilent_ = 0;
+    outputSilent_ = 1;
+    frameInputSilent_ = 1;
+    frameOutputSilent_ = 1;
+    framePosition_ = 0;
+    for (auto& buffer : frameBuffers_) std::fill(buffer.begin(), buffer.end(), 0.0f);
+    processor_->reset(sampleRate_, seed_);
+}
+
+int PluginInstance::processEvents(const vst2::VstEvents* list) {
+    Mutex::Guard guard(audioMutex_);
+    runPendingReset();
+    if (list == nullptr) return 1;
+    // The list is declared with two entries and allocated longer: walk it by pointer.
+    vst2::VstEvent* const* entries = list->events;
+    for (vst2::int32 i = 0; i < list->numEvents; ++i) {
+        const vst2::VstEvent* e = entries[i];
+        if (e == nullptr || e->type != vst2::kVstMidiType) continue;
+        if (eventCount_ >= maxEvents) break;
+        const auto* midi = reinterpret_cast<const vst2::VstMidiEvent*>(e);
+        events_[static_cast<std::size_t>(eventCount_++)] = {
+            std::max(midi->deltaFrames, 0), static_cast<std::uint8_t>(midi->midiData[0]),
+            static_cast<std::uint8_t>(midi->midiData[1]), static_cast<std::uint8_t>(midi->midiData[2]), 0};
+    }
+    return 1;
+}
+
+// A stable merge sort by offset into the preallocated scratch: hosts send events in order
+// most of the time, and then each pass is a plain copy.
+void PluginInstance::sortEvents() {
+    MidiEventRecord* from = events_.data();
+    MidiEventRecord* to = eventScratch_.data();
+    int n = eventCount_;
+    for (int width = 1; width < n; width *= 2) {
+        for (int left = 0; left < n; left += 2 * width) {
+            int mid = std::min(left + width, n), right = std::min(left + 2 * width, n);
+            int a = left, b = mid, k = left;
+            while (a < mid && b < right) to[k++] = from[b].offset < from[a].offset ? from[b++] : from[a++];
+            while (a < mid) to[k++] = from[a++];
+            while (b < right) to[k++] = from[b++];
+        }
+        std::swap(from, to);
+    }
+    if (from != events_.data()) std::copy(from, from + n, events_.data());
+}
+
+void PluginInstance::processBlock(float** inputs, float** outputs, int frames, bool accumulate) {
+    Mutex::Guard guard(audioMutex_);
+    runPendingReset();
+
+    ProcessContext context{};
+    context.feedbackSink = feedbackSink_.get();
+    context.sampleRate = sampleRate_;
+    context.bypassed = bypassed_.load() != 0;
+    context.tempo = 120.0;
+    double quarterNotesPerSample = 0.0, blockPosition = 0.0;
+    auto* time = reinterpret_cast<const vst2::VstTimeInfo*>(hostCall(vst2::audioMasterGetTime, 0, 0x1606));
+    if (time && (time->flags & vst2::kVstPpqPosValid) && (time->flags & vst2::kVstTempoValid)) {
+        context.playing = (time->flags & vst2::kVstTransportPlaying) != 0;
+        context.tempo = time->tempo;
+        blockPosition = time->ppqPos;
+        quarterNotesPerSample = time->tempo / 60.0 / sampleRate_;
+    }
+    tempoCell_.publish(context.tempo);
+    sortEvents();
+
+    PatchReader edit = editPatch_.acquire();
+    PatchReader program = *edit ? PatchReader() : acquirePatch(getCurrentProgram());
+    context.patch = *edit ? edit->get() : program->get();
+    auto guardReader = guardCell_.acquire();
+
+    const int channelsIn = effect_.numInputs, channelsOut = effect_.numOutputs;
+    const int frameSize = frameSize_;
+    outputSilent_ = 1;
+    int consumed = 0;
+    for (int i = 0; i < frames;) {
+        if (framePosition_ == frameSize) {
+            // The frame holds the samples just before i: events before i belong to it,
+            // counted from its first sample.
+            int first = consumed;
+            while (consumed < eventCount_ && events_[static_cast<std::size_t>(consumed)].offset < i) {
+                events_[static_cast<std::size_t>(consumed)].offset += frameSize - i;
+                ++consumed;
+            }
+            context.eventCount = consumed - first;
+            context.events = events_.data() + first;
+            context.songPosition = blockPosition + i * quarterNotesPerSample;
+            for (int c = 0; c < channelsIn; ++c) inputPointers_[static_cast<std::size_t>(c)] = frameBuffers_[static_cast<std::size_t>(c)].data();
+            for (int c = 0; c < channelsOut; ++c) outputPointers_[static_cast<std::size_t>(c)] = frameBuffers_[static_cast<std::size_t>(c)].data();
+            context.inputs = inputPointers_.data();
+            context.outputs = outputPointers_.data();
+            context.frames = frameSize;
+            std::uint8_t silence = frameInputSilent_;
+            context.silence = &silence;
+            processor_->process(context);
+            frameOutputSilent_ = silence;
+            frameInputSilent_ = 1;
+            framePosition_ = 0;
+        }
+        int n = std::min(frameSize - framePosition_, frames - i);
+        for (int c = 0; c < std::max(channelsIn, channelsOut); ++c) {
+            float* frame = frameBuffers_[static_cast<std::size_t>(c)].data() + framePosition_;
+            float* in = c < channelsIn ? inputs[c] + i : nullptr;
+            float* out = c < channelsOut ? outputs[c] + i : nullptr;
+            for (int k = 0; k < n; ++k) {
+                // The output takes what the last frame produced, the frame takes the new
+                // input; reading the input first keeps hosts that process in place right.
+                float produced = frame[k];
+                frame[k] = in ? in[k] : 0.0f;
+                if (out) out[k] = accumulate ? out[k] + produced : produced;
+            }
+        }
+        if (frameOutputSilent_ == 0) outputSilent_ = 0;
+        if (inputSilent_ == 0) frameInputSilent_ = 0;
+        framePosition_ += n;
+        i += n;
+    }
+
+    // Events not yet delivered wait for the next block, their offsets counted from it.
+    std::copy(events_.begin() + consumed, events_.begin() + eventCount_, events_.begin());
+    eventCount_ -= consumed;
+    for (int k = 0; k < eventCount_; ++k) events_[static_cast<std::size_t>(k)].offset -= frames;
+}
+
+}  // namespace tw

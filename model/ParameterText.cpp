@@ -1,0 +1,97 @@
+#include "model/ParameterText.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+namespace tw {
+
+namespace {
+
+bool isWhite(char c) { return c == ' ' || c == '\t' || c == '\v' || c == '\r' || c == '\n'; }
+
+std::string_view trim(std::string_view s) {
+    while (!s.empty() && isWhite(s.front())) s.remove_prefix(1);
+    while (!s.empty() && isWhite(s.back())) s.remove_suffix(1);
+    return s;
+}
+
+bool equalNoCase(std::string_view a, std::string_view b) {
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+               return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+           });
+}
+
+float clamp01(double v) { return static_cast<float>(std::clamp(v, 0.0, 1.0)); }
+
+}  // namespace
+
+std::string formatGeneric(const ParameterSpec& row, float value, bool precise) {
+    switch (row.kind) {
+        case ParameterKind::boolean:
+            return value >= 0.5f ? "On" : "Off";
+        case ParameterKind::discrete: {
+            int step = std::clamp(discreteStep(row, value), 0, static_cast<int>(row.labels.size()) - 1);
+            return row.labels[static_cast<std::size_t>(step)];
+        }
+        case ParameterKind::continuous:
+        case ParameterKind::custom:
+            break;
+    }
+    double shown = double(row.displayMin) + double(value) * (double(row.displayMax) - double(row.displayMin));
+    char buffer[64];
+    std::snprintf(buffer, sizeof buffer, "%.*f", precise ? 7 : 2, shown);
+    return buffer;
+}
+
+bool parseGeneric(const ParameterSpec& row, std::string_view text, float& out) {
+    std::string_view t = trim(text);
+    switch (row.kind) {
+        case ParameterKind::boolean:
+            if (equalNoCase(t, "on") || equalNoCase(t, "true") || t == "1") {
+                out = 1.0f;
+                return true;
+            }
+            if (equalNoCase(t, "off") || equalNoCase(t, "false") || t == "0") {
+                out = 0.0f;
+                return true;
+            }
+            return false;
+        case ParameterKind::discrete:
+            for (std::size_t i = 0; i < row.labels.size(); ++i)
+                if (equalNoCase(t, row.labels[i])) {
+                    out = row.displayMax > 0 ? clamp01(double(i) / double(row.displayMax)) : 0.0f;
+                    return true;
+                }
+            return false;
+        case ParameterKind::continuous:
+        case ParameterKind::custom:
+            break;
+    }
+    std::string copy(text);
+    char* end = nullptr;
+    double number = std::strtod(copy.c_str(), &end);
+    if (end == copy.c_str()) return false;
+    double range = double(row.displayMax) - double(row.displayMin);
+    out = range != 0 ? clamp01((number - double(row.displayMin)) / range) : 0.0f;
+    return true;
+}
+
+float quantiseGeneric(const ParameterSpec& row, float value) {
+    switch (row.kind) {
+        case ParameterKind::boolean:
+            return value < 0.5f ? 0.0f : 1.0f;
+        case ParameterKind::discrete: {
+            float n = row.displayMax - row.displayMin;
+            return n > 0 ? std::floor(n * value + 0.5f) / n : 0.0f;
+        }
+        case ParameterKind::continuous:
+        case ParameterKind::custom:
+            break;
+    }
+    return value;
+}
+
+}  // namespace tw

@@ -1,0 +1,160 @@
+#include "tools/vst2host/HostedPlugin.h"
+
+#include <dlfcn.h>
+
+#include <cstring>
+#include <stdexcept>
+
+namespace tw {
+
+namespace {
+
+// The instance being created: the plug-in calls back before its effect record exists.
+thread_local HostedPlugin* constructing = nullptr;
+
+using EntryPoint = vst2::AEffect* (*)(vst2::HostCallback);
+
+}  // namespace
+
+HostedPlugin::HostedPlugin(const std::string& libraryPath) {
+    library_ = ::dlopen(libraryPath.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library_ == nullptr) throw std::runtime_error(std::string("cannot load plug-in: ") + ::dlerror());
+    auto entry = reinterpret_cast<EntryPoint>(::dlsym(library_, "VSTPluginMain"));
+    if (entry == nullptr) entry = reinterpret_cast<EntryPoint>(::dlsym(library_, "main"));
+    if (entry == nullptr) {
+        ::dlclose(library_);
+        throw std::runtime_error("not a VST 2.4 plug-in: no VSTPluginMain in " + libraryPath);
+    }
+    constructing = this;
+    effect_ = entry(&HostedPlugin::callback);
+    constructing = nullptr;
+    if (effect_ == nullptr || effect_->magic != vst2::kEffectMagic) {
+        ::dlclose(library_);
+        throw std::runtime_error("the plug-in did not create an instance");
+    }
+    effect_->user = this;
+}
+
+HostedPlugin::~HostedPlugin() {
+    dispatch(vst2::effClose);
+    ::dlclose(library_);
+}
+
+vst2::intptr HostedPlugin::dispatch(vst2::int32 opcode, vst2::int32 index, vst2::intptr value, void* ptr, float opt) {
+    return effect_->dispatcher(effect_, opcode, index, value, ptr, opt);
+}
+
+vst2::intptr HostedPlugin::callback(vst2::AEffect* effect, vst2::int32 opcode, vst2::int32 index, vst2::intptr value,
+                                    void* ptr, float opt) {
+    HostedPlugin* self = effect && effect->user ? static_cast<HostedPlugin*>(effect->user) : constructing;
+    if (opcode == vst2::audioMasterVersion) return 2400;
+    return self ? self->answer(opcode, index, value, ptr, opt) : 0;
+}
+
+vst2::intptr HostedPlugin::answer(vst2::int32 opcode, vst2::int32, vst2::intptr, void*, float) {
+    switch (opcode) {
+        case vst2::audioMasterGetSampleRate:
+            return static_cast<vst2::intptr>(sampleRate_);
+        case vst2::audioMasterGetBlockSize:
+            return blockSize_;
+        case vst2::audioMasterWantMidi:
+            return 1;
+        case vst2::audioMasterGetTime: {
+            if (!transport.timeInfo) return 0;
+            time_ = {};
+            time_.samplePos = samplePosition_;
+            time_.sampleRate = sampleRate_;
+            time_.tempo = transport.tempo;
+            time_.ppqPos = samplePosition_ / sampleRate_ * transport.tempo / 60.0;
+            time_.timeSigNumerator = 4;
+            time_.timeSigDenominator = 4;
+            time_.flags = vst2::kVstPpqPosValid | vst2::kVstTempoValid | vst2::kVstTimeSigValid |
+                          (transport.playing ? vst2::kVstTransportPlaying : 0);
+            return reinterpret_cast<vst2::intptr>(&time_);
+        }
+        default:
+            return 0;
+    }
+}
+
+void HostedPlugin::open(float sampleRate, int blockSize) {
+    sampleRate_ = sampleRate;
+    blockSize_ = blockSize;
+    dispatch(vst2::effOpen);
+    dispatch(vst2::effSetSampleRate, 0, 0, nullptr, sampleRate);
+    dispatch(vst2::effSetBlockSize, 0, blockSize);
+}
+
+void HostedPlugin::resume() {
+    dispatch(vst2::effMainsChanged, 0, 1);
+    dispatch(vst2::effStartProcess);
+}
+
+void HostedPlugin::suspend() {
+    dispatch(vst2::effStopProcess);
+    dispatch(vst2::effMainsChanged, 0, 0);
+}
+
+std::string HostedPlugin::text(vst2::int32 opcode, vst2::int32 index) {
+    char buffer[512] = {};
+    dispatch(opcode, index, 0, buffer);
+    buffer[sizeof buffer - 1] = 0;
+    return buffer;
+}
+
+std::string HostedPlugin::effectName() { return text(vst2::effGetEffectName, 0); }
+std::string HostedPlugin::vendor() { return text(vst2::effGetVendorString, 0); }
+std::string HostedPlugin::product() { return text(vst2::effGetProductString, 0); }
+std::string HostedPlugin::parameterName(int index) { return text(vst2::effGetParamName, index); }
+std::string HostedPlugin::parameterLabel(int index) { return text(vst2::effGetParamLabel, index); }
+std::string HostedPlugin::parameterDisplay(int index) { return text(vst2::effGetParamDisplay, index); }
+std::string HostedPlugin::programName(int index) { return text(vst2::effGetProgramNameIndexed, index); }
+
+int HostedPlugin::findParameter(const std::string& key) {
+    char* end = nullptr;
+    long number = std::strtol(key.c_str(), &end, 10);
+    if (!key.empty() && *end == 0) return number >= 0 && number < effect_->numParams ? static_cast<int>(number) : -1;
+    for (int i = 0; i < effect_->numParams; ++i)
+        if (::strcasecmp(parameterName(i).c_str(), key.c_str()) == 0) return i;
+    return -1;
+}
+
+std::vector<unsigned char> HostedPlugin::getChunk(bool program) {
+    void* data = nullptr;
+    vst2::intptr size = dispatch(vst2::effGetChunk, program ? 1 : 0, 0, &data);
+    if (size <= 0 || data == nullptr) return {};
+    auto* bytes = static_cast<unsigned char*>(data);
+    return std::vector<unsigned char>(bytes, bytes + size);
+}
+
+bool HostedPlugin::setChunk(const std::vector<unsigned char>& data, bool program) {
+    std::vector<unsigned char> copy = data;  // the plug-in may keep reading while it loads
+    return dispatch(vst2::effSetChunk, program ? 1 : 0, static_cast<vst2::intptr>(copy.size()), copy.data()) != 0;
+}
+
+void HostedPlugin::queueMidi(int offset, unsigned char status, unsigned char data1, unsigned char data2) {
+    vst2::VstMidiEvent e{};
+    e.type = vst2::kVstMidiType;
+    e.byteSize = sizeof e;
+    e.deltaFrames = offset;
+    e.midiData[0] = static_cast<char>(status);
+    e.midiData[1] = static_cast<char>(data1);
+    e.midiData[2] = static_cast<char>(data2);
+    midi_.push_back(e);
+}
+
+void HostedPlugin::process(float** inputs, float** outputs, int frames) {
+    if (!midi_.empty()) {
+        eventList_.assign(sizeof(vst2::VstEvents) + midi_.size() * sizeof(vst2::VstEvent*), 0);
+        auto* list = reinterpret_cast<vst2::VstEvents*>(eventList_.data());
+        list->numEvents = static_cast<vst2::int32>(midi_.size());
+        vst2::VstEvent** entries = list->events;  // declared with two, allocated longer
+        for (std::size_t i = 0; i < midi_.size(); ++i) entries[i] = reinterpret_cast<vst2::VstEvent*>(&midi_[i]);
+        dispatch(vst2::effProcessEvents, 0, 0, list);
+    }
+    effect_->processReplacing(effect_, inputs, outputs, frames);
+    midi_.clear();  // the list stays valid until the block that follows it has run
+    samplePosition_ += frames;
+}
+
+}  // namespace tw

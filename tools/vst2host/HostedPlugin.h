@@ -1,0 +1,72 @@
+// A VST 2.4 plug-in loaded into the command-line host: the shared library, its effect
+// record, and the host side of the interface (the callback, time information, events).
+// It works with any VST 2.4 plug-in for Linux, not only ours.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/Vst2.h"
+
+namespace tw {
+
+class HostedPlugin {
+public:
+    struct Transport {
+        bool timeInfo = true;  // false: answer the plug-in's time request with nothing
+        bool playing = true;
+        double tempo = 120.0;
+    };
+
+    // Loads the library and creates an instance; throws std::runtime_error on failure.
+    explicit HostedPlugin(const std::string& libraryPath);
+    ~HostedPlugin();
+    HostedPlugin(const HostedPlugin&) = delete;
+    HostedPlugin& operator=(const HostedPlugin&) = delete;
+
+    vst2::AEffect& effect() { return *effect_; }
+    vst2::intptr dispatch(vst2::int32 opcode, vst2::int32 index = 0, vst2::intptr value = 0, void* ptr = nullptr,
+                          float opt = 0.0f);
+
+    // Opens the instance at a sample rate and block size, ready for resume.
+    void open(float sampleRate, int blockSize);
+    void resume();
+    void suspend();
+
+    std::string effectName();
+    std::string vendor();
+    std::string product();
+    std::string parameterName(int index);
+    std::string parameterLabel(int index);
+    std::string parameterDisplay(int index);
+    std::string programName(int index);
+    // A parameter's host index from its number or its name as the plug-in shows it.
+    int findParameter(const std::string& key);
+
+    std::vector<unsigned char> getChunk(bool program);
+    bool setChunk(const std::vector<unsigned char>& data, bool program);
+
+    Transport transport;
+    // MIDI events for the next process call only, as (offset, status, data 1, data 2).
+    void queueMidi(int offset, unsigned char status, unsigned char data1, unsigned char data2);
+    // Sends the queued events, then runs one block.
+    void process(float** inputs, float** outputs, int frames);
+    double samplePosition() const { return samplePosition_; }
+
+private:
+    static vst2::intptr callback(vst2::AEffect* effect, vst2::int32 opcode, vst2::int32 index, vst2::intptr value,
+                                 void* ptr, float opt);
+    vst2::intptr answer(vst2::int32 opcode, vst2::int32 index, vst2::intptr value, void* ptr, float opt);
+    std::string text(vst2::int32 opcode, vst2::int32 index);
+
+    void* library_ = nullptr;
+    vst2::AEffect* effect_ = nullptr;
+    float sampleRate_ = 44100.0f;
+    int blockSize_ = 512;
+    double samplePosition_ = 0.0;
+    vst2::VstTimeInfo time_{};
+    std::vector<vst2::VstMidiEvent> midi_;
+    std::vector<unsigned char> eventList_;
+};
+
+}  // namespace tw

@@ -1,0 +1,295 @@
+// vst2host: a small command-line host for any VST 2.4 plug-in on Linux.
+//
+//   vst2host info   <plugin.so> [settings]
+//   vst2host render <plugin.so> [input] [-o output] [settings] [render options]
+//   vst2host save   <plugin.so> <chunk file> [--preset] [settings]
+//   vst2host load   <plugin.so> <chunk file> [--preset]
+//
+// Settings, applied in this order: --chunk FILE (a saved chunk; with --preset a program
+// chunk), --program N, --param NAME=VALUE (host index or parameter name, value 0..1),
+// --bypass.
+// Render options: --block N (default 512), --rate R (the demo input's rate, default
+// 48000), --tempo BPM (default 120), --stopped (transport not running), --no-time (answer
+// no time information), --note N (hold a MIDI note for the length of the input),
+// --tail SECONDS (default 3), --raw (keep the plug-in's latency at the start).
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tools/common/AudioFile.h"
+#include "tools/common/DemoSignal.h"
+#include "tools/vst2host/HostedPlugin.h"
+
+namespace tw {
+namespace {
+
+struct Options {
+    std::string command, plugin, input, output = "out.wav", chunkFile, saveFile;
+    bool preset = false, bypass = false, raw = false;
+    int program = -1, block = 512, rate = 48000, note = -1;
+    double tail = 3.0;
+    std::vector<std::pair<std::string, std::string>> params;
+    HostedPlugin::Transport transport;
+};
+
+[[noreturn]] void usage(const std::string& problem) {
+    std::fprintf(stderr,
+                 "vst2host: %s\n"
+                 "usage: vst2host info|render|save|load <plugin.so> [...]\n"
+                 "  info   <plugin.so> [settings]\n"
+                 "  render <plugin.so> [input] [-o output] [settings] [--block N] [--rate R] [--tempo BPM]\n"
+                 "         [--stopped] [--no-time] [--note N] [--tail SECONDS] [--raw]\n"
+                 "  save   <plugin.so> <file> [--preset] [settings]\n"
+                 "  load   <plugin.so> <file> [--preset]\n"
+                 "settings: --chunk FILE  --program N  --param NAME=VALUE  --bypass\n",
+                 problem.c_str());
+    std::exit(2);
+}
+
+int toInt(const std::string& s, const char* what) {
+    char* end = nullptr;
+    long v = std::strtol(s.c_str(), &end, 10);
+    if (s.empty() || *end != 0) usage(std::string("not a whole number for ") + what + ": " + s);
+    return static_cast<int>(v);
+}
+
+double toDouble(const std::string& s, const char* what) {
+    char* end = nullptr;
+    double v = std::strtod(s.c_str(), &end);
+    if (s.empty() || *end != 0) usage(std::string("not a number for ") + what + ": " + s);
+    return v;
+}
+
+Options parse(int argc, char** argv) {
+    Options o;
+    std::vector<std::string> positional;
+    for (int i = 1; i < argc; ++i) {
+        std::string a = argv[i];
+        auto next = [&]() -> std::string {
+            if (i + 1 >= argc) usage("missing value after " + a);
+            return argv[++i];
+        };
+        if (a == "-o" || a == "--output") o.output = next();
+        else if (a == "--chunk") o.chunkFile = next();
+        else if (a == "--preset") o.preset = true;
+        else if (a == "--program") o.program = toInt(next(), "--program");
+        else if (a == "--param") {
+            std::string kv = next();
+            auto eq = kv.find('=');
+            if (eq == std::string::npos) usage("--param wants NAME=VALUE: " + kv);
+            o.params.emplace_back(kv.substr(0, eq), kv.substr(eq + 1));
+        } else if (a == "--bypass") o.bypass = true;
+        else if (a == "--block") o.block = toInt(next(), "--block");
+        else if (a == "--rate") o.rate = toInt(next(), "--rate");
+        else if (a == "--tempo") o.transport.tempo = toDouble(next(), "--tempo");
+        else if (a == "--stopped") o.transport.playing = false;
+        else if (a == "--no-time") o.transport.timeInfo = false;
+        else if (a == "--note") o.note = toInt(next(), "--note");
+        else if (a == "--tail") o.tail = toDouble(next(), "--tail");
+        else if (a == "--raw") o.raw = true;
+        else if (a.size() > 1 && a[0] == '-') usage("unknown option " + a);
+        else positional.push_back(a);
+    }
+    if (positional.size() < 2) usage("a command and a plug-in are needed");
+    o.command = positional[0];
+    o.plugin = positional[1];
+    if (o.command == "render") {
+        if (positional.size() > 3) usage("render takes one input file");
+        if (positional.size() == 3) o.input = positional[2];
+    } else if (o.command == "save" || o.command == "load") {
+        if (positional.size() != 3) usage(o.command + " needs a chunk file");
+        o.saveFile = positional[2];
+    } else if (o.command != "info" || positional.size() != 2) {
+        usage("unknown command or extra arguments: " + o.command);
+    }
+    if (o.block < 1 || o.block > 65536) usage("--block must be 1 to 65536");
+    if (o.rate < 1000 || o.rate > 768000) usage("--rate must be 1000 to 768000");
+    if (o.note > 127) usage("--note must be 0 to 127");
+    return o;
+}
+
+std::vector<unsigned char> readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) throw std::runtime_error("cannot read " + path);
+    return std::vector<unsigned char>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+void writeFile(const std::string& path, const std::vector<unsigned char>& bytes) {
+    std::ofstream out(path, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    if (!out) throw std::runtime_error("cannot write " + path);
+}
+
+void applySettings(HostedPlugin& plugin, const Options& o) {
+    if (!o.chunkFile.empty() && !plugin.setChunk(readFile(o.chunkFile), o.preset))
+        throw std::runtime_error("the plug-in refused the chunk in " + o.chunkFile);
+    if (o.program >= 0) {
+        if (o.program >= plugin.effect().numPrograms) throw std::runtime_error("no program " + std::to_string(o.program));
+        plugin.dispatch(vst2::effSetProgram, 0, o.program);
+    }
+    for (const auto& [key, value] : o.params) {
+        int index = plugin.findParameter(key);
+        if (index < 0) throw std::runtime_error("no parameter " + key);
+        double v = toDouble(value, "--param");
+        if (v < 0 || v > 1) throw std::runtime_error("--param values lie in 0 to 1: " + value);
+        plugin.effect().setParameter(&plugin.effect(), index, static_cast<float>(v));
+    }
+    if (o.bypass) plugin.dispatch(vst2::effSetBypass, 0, 1);
+}
+
+std::string fourCharText(vst2::int32 id) {
+    std::string s;
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        char c = static_cast<char>((static_cast<std::uint32_t>(id) >> shift) & 0xff);
+        s += (c >= 32 && c < 127) ? c : '?';
+    }
+    return s;
+}
+
+void printInfo(HostedPlugin& plugin) {
+    vst2::AEffect& e = plugin.effect();
+    std::printf("name:        %s\n", plugin.effectName().c_str());
+    std::printf("vendor:      %s\n", plugin.vendor().c_str());
+    std::printf("product:     %s\n", plugin.product().c_str());
+    std::printf("version:     %ld (vendor), %ld (VST)\n", static_cast<long>(plugin.dispatch(vst2::effGetVendorVersion)),
+                static_cast<long>(plugin.dispatch(vst2::effGetVstVersion)));
+    std::printf("unique id:   %s (0x%08x)\n", fourCharText(e.uniqueID).c_str(), static_cast<unsigned>(e.uniqueID));
+    std::printf("category:    %ld\n", static_cast<long>(plugin.dispatch(vst2::effGetPlugCategory)));
+    std::printf("channels:    %d in, %d out\n", e.numInputs, e.numOutputs);
+    std::printf("latency:     %d samples\n", e.initialDelay);
+    std::printf("tail:        %ld samples\n", static_cast<long>(plugin.dispatch(vst2::effGetTailSize)));
+    std::string flags;
+    const std::pair<int, const char*> names[] = {{vst2::effFlagsHasEditor, "editor"},   {vst2::effFlagsHasClip, "clip"},
+                                                 {vst2::effFlagsHasVu, "vu"},           {vst2::effFlagsCanMono, "mono"},
+                                                 {vst2::effFlagsCanReplacing, "replacing"}, {vst2::effFlagsProgramChunks, "chunks"},
+                                                 {vst2::effFlagsIsSynth, "synth"},      {vst2::effFlagsNoSoundInStop, "no-sound-in-stop"},
+                                                 {vst2::effFlagsCanDoubleReplacing, "double"}};
+    for (auto [bit, name] : names)
+        if (e.flags & bit) flags += std::string(flags.empty() ? "" : " ") + name;
+    std::printf("flags:       %s\n", flags.c_str());
+    std::string cando;
+    for (const char* q : {"receiveVstEvents", "receiveVstMidiEvent", "receiveVstTimeInfo", "sendVstEvents", "bypass"}) {
+        long a = static_cast<long>(plugin.dispatch(vst2::effCanDo, 0, 0, const_cast<char*>(q)));
+        cando += std::string(cando.empty() ? "" : " ") + q + "=" + std::to_string(a);
+    }
+    std::printf("can do:      %s\n", cando.c_str());
+    std::printf("programs:    %d, current %ld\n", e.numPrograms, static_cast<long>(plugin.dispatch(vst2::effGetProgram)));
+    for (int i = 0; i < e.numPrograms; ++i) std::printf("  %3d  %s\n", i, plugin.programName(i).c_str());
+    std::printf("parameters:  %d\n", e.numParams);
+    for (int i = 0; i < e.numParams; ++i) {
+        std::string label = plugin.parameterLabel(i);
+        std::printf("  %3d  %-28s %-24s %.7g\n", i, plugin.parameterName(i).c_str(),
+                    (plugin.parameterDisplay(i) + (label.empty() ? "" : " " + label)).c_str(),
+                    static_cast<double>(e.getParameter(&e, i)));
+    }
+}
+
+void render(HostedPlugin& plugin, const Options& o) {
+    AudioBuffer input = o.input.empty() ? makeDemoSignal(o.rate) : readAudioFile(o.input);
+    if (input.channels < 1 || input.sampleRate < 1) throw std::runtime_error("the input holds no audio");
+    vst2::AEffect& e = plugin.effect();
+    const int ins = std::max(e.numInputs, 0), outs = std::max(e.numOutputs, 0);
+    if (outs == 0) throw std::runtime_error("the plug-in has no outputs");
+
+    plugin.transport = o.transport;
+    plugin.open(static_cast<float>(input.sampleRate), o.block);
+    applySettings(plugin, o);
+    plugin.resume();
+
+    const long latency = o.raw ? 0 : std::max(e.initialDelay, 0);
+    const long inputFrames = input.frames();
+    const long total = inputFrames + static_cast<long>(o.tail * input.sampleRate) + latency;
+    AudioBuffer output;
+    output.sampleRate = input.sampleRate;
+    output.channels = outs;
+    output.samples.assign(static_cast<std::size_t>((total - latency) * outs), 0.0f);
+
+    std::vector<std::vector<float>> inBuffers(static_cast<std::size_t>(std::max(ins, 1)), std::vector<float>(static_cast<std::size_t>(o.block)));
+    std::vector<std::vector<float>> outBuffers(static_cast<std::size_t>(outs), std::vector<float>(static_cast<std::size_t>(o.block)));
+    std::vector<float*> inPointers, outPointers;
+    for (auto& b : inBuffers) inPointers.push_back(b.data());
+    for (auto& b : outBuffers) outPointers.push_back(b.data());
+
+    const bool progress = ::isatty(2) != 0;
+    int shown = -1;
+    bool noteOn = false;
+    for (long position = 0; position < total; position += o.block) {
+        int n = static_cast<int>(std::min<long>(o.block, total - position));
+        for (int c = 0; c < ins; ++c)
+            for (int k = 0; k < n; ++k) {
+                long frame = position + k;
+                // A mono file feeds every input; a wider one gives each input its own channel.
+                int source = std::min(c, input.channels - 1);
+                inBuffers[static_cast<std::size_t>(c)][static_cast<std::size_t>(k)] =
+                    frame < inputFrames ? input.samples[static_cast<std::size_t>(frame * input.channels + source)] : 0.0f;
+            }
+        if (o.note >= 0 && !noteOn) {
+            plugin.queueMidi(0, 0x90, static_cast<unsigned char>(o.note), 100);
+            noteOn = true;
+        }
+        if (o.note >= 0 && noteOn && position <= inputFrames && inputFrames < position + n)
+            plugin.queueMidi(static_cast<int>(inputFrames - position), 0x80, static_cast<unsigned char>(o.note), 0);
+        plugin.process(inPointers.data(), outPointers.data(), n);
+        for (int c = 0; c < outs; ++c)
+            for (int k = 0; k < n; ++k) {
+                long frame = position + k - latency;
+                if (frame >= 0)
+                    output.samples[static_cast<std::size_t>(frame * outs + c)] = outBuffers[static_cast<std::size_t>(c)][static_cast<std::size_t>(k)];
+            }
+        int percent = static_cast<int>(100 * (position + n) / total);
+        if (progress && percent != shown) {
+            std::fprintf(stderr, "\rrendering %s: %3d%%", o.output.c_str(), percent);
+            shown = percent;
+        }
+    }
+    if (progress) std::fprintf(stderr, "\n");
+    plugin.suspend();
+    writeAudioFile(o.output, output);
+    std::printf("rendered %.2f s at %d Hz through %s into %s\n", double(output.frames()) / output.sampleRate,
+                output.sampleRate, plugin.effectName().c_str(), o.output.c_str());
+}
+
+int run(int argc, char** argv) {
+    Options o = parse(argc, argv);
+    HostedPlugin plugin(o.plugin);
+    if (o.command == "render") {
+        render(plugin, o);
+        return 0;
+    }
+    plugin.open(static_cast<float>(o.rate), o.block);
+    if (o.command == "load") {
+        if (!plugin.setChunk(readFile(o.saveFile), o.preset))
+            throw std::runtime_error("the plug-in refused the chunk in " + o.saveFile);
+        printInfo(plugin);
+        return 0;
+    }
+    applySettings(plugin, o);
+    if (o.command == "info") {
+        printInfo(plugin);
+    } else {
+        std::vector<unsigned char> chunk = plugin.getChunk(o.preset);
+        if (chunk.empty()) throw std::runtime_error("the plug-in gave no chunk");
+        writeFile(o.saveFile, chunk);
+        std::printf("saved a %s chunk of %zu bytes into %s\n", o.preset ? "program" : "bank", chunk.size(), o.saveFile.c_str());
+    }
+    return 0;
+}
+
+}  // namespace
+}  // namespace tw
+
+int main(int argc, char** argv) {
+    try {
+        return tw::run(argc, argv);
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "vst2host: %s\n", e.what());
+        return 1;
+    }
+}
