@@ -4,6 +4,8 @@
 #include "vector/KetchInterpreter.h"
 #include "vector/KetchScanner.h"
 
+#include <algorithm>
+
 namespace tw::Ketch {
 
 namespace {
@@ -42,11 +44,6 @@ ArgumentList::ArgumentList(Frame& frame, std::string_view text) : frame_(frame) 
             if (argument.label.empty()) {
                 throw SyntaxException("Label cannot be empty");
             }
-            for (const Argument& other : arguments_) {
-                if (other.label == argument.label) {
-                    throw SyntaxException("Duplicate labels");
-                }
-            }
             p = labelEnd + 1;
         } else if (*p == ':') {
             throw SyntaxException("Label cannot be empty");
@@ -58,6 +55,17 @@ ArgumentList::ArgumentList(Frame& frame, std::string_view text) : frame_(frame) 
         argument.text = between(p, valueEnd);
         arguments_.push_back(std::move(argument));
         p = skipWhiteAndLines(valueEnd, end);
+    }
+    // Sorted rather than compared pairwise, so that a statement of many labels stays cheap.
+    std::vector<std::string_view> labels;
+    for (const Argument& argument : arguments_) {
+        if (!argument.label.empty()) {
+            labels.push_back(argument.label);
+        }
+    }
+    std::sort(labels.begin(), labels.end());
+    if (std::adjacent_find(labels.begin(), labels.end()) != labels.end()) {
+        throw SyntaxException("Duplicate labels");
     }
 }
 

@@ -230,11 +230,13 @@ Value Parser::parse(int minLevel, bool live) {
             }
             const Value right = parse(11, live);
             if (live) {
-                std::string joined = left.toString();
+                // Appending in place keeps a long run of juxtaposed terms linear.
+                if (left.type != Value::String) {
+                    left = Value::ofString(left.toString());
+                }
                 const std::string tail = right.toString();
-                checkTextLength(joined.size() + tail.size());
-                joined += tail;
-                left = Value::ofString(std::move(joined));
+                checkTextLength(left.string.size() + tail.size());
+                left.string += tail;
             }
         } else {
             break;

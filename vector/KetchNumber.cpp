@@ -135,9 +135,9 @@ std::string formatNumber(double value) {
     // The decimal expansion, exact far past the 14th digit, as "d.ddd...e+x".
     char expansion[64];
     const auto converted =
-        std::to_chars(expansion, expansion + sizeof expansion, magnitude, std::chars_format::scientific, 30);
-    const char* e = std::find(expansion, converted.ptr, 'e');
-    int exponent = std::atoi(e + 1);
+        std::to_chars(expansion, expansion + sizeof expansion - 1, magnitude, std::chars_format::scientific, 30);
+    *converted.ptr = '\0';
+    int exponent = std::atoi(std::find(expansion, converted.ptr, 'e') + 1);
     char digits[14];
     digits[0] = expansion[0];
     for (int i = 1; i < 14; ++i) {
