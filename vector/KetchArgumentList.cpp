@@ -8,29 +8,6 @@
 
 namespace tw::Ketch {
 
-namespace {
-
-// Past a value: it stops at white space, ":" or a comment; brackets nest and escapes hide
-// what they escape.
-const char* skipValue(const char* p, const char* end) {
-    while (p < end) {
-        const char c = *p;
-        if (isBlank(c) || isLineBreak(c) || c == ':' || isCommentStart(p, end)) {
-            break;
-        }
-        if (c == '[' || c == '{') {
-            p = skipBracket(p, end);
-        } else if (c == '\\') {
-            p = skipEscape(p, end);
-        } else {
-            ++p;
-        }
-    }
-    return p;
-}
-
-}  // namespace
-
 ArgumentList::ArgumentList(Frame& frame, std::string_view text) : frame_(frame) {
     const char* end = text.data() + text.size();
     const char* p = skipWhiteAndLines(text.data(), end);
@@ -48,7 +25,7 @@ ArgumentList::ArgumentList(Frame& frame, std::string_view text) : frame_(frame) 
         } else if (*p == ':') {
             throw SyntaxException("Label cannot be empty");
         }
-        const char* valueEnd = skipValue(p, end);
+        const char* valueEnd = skipToken(p, end, ':');
         if (valueEnd < end && *valueEnd == ':') {
             throw SyntaxException("Syntax error");
         }

@@ -6,27 +6,6 @@
 
 namespace tw::Ketch {
 
-namespace {
-
-const char* skipItem(const char* p, const char* end) {
-    while (p < end) {
-        const char c = *p;
-        if (isBlank(c) || isLineBreak(c) || c == ',' || isCommentStart(p, end)) {
-            break;
-        }
-        if (c == '[' || c == '{') {
-            p = skipBracket(p, end);
-        } else if (c == '\\') {
-            p = skipEscape(p, end);
-        } else {
-            ++p;
-        }
-    }
-    return p;
-}
-
-}  // namespace
-
 std::vector<std::string> parseList(Frame& frame, std::string_view text, bool expand, bool skipEmpty, int min,
                                    int max) {
     std::vector<std::string> items;
@@ -35,7 +14,7 @@ std::vector<std::string> parseList(Frame& frame, std::string_view text, bool exp
     // After a comma an item follows even at the end of the text, so "a," has an empty last one.
     bool itemFollows = p < end;
     while (itemFollows) {
-        const char* itemEnd = skipItem(p, end);
+        const char* itemEnd = skipToken(p, end, ',');
         const std::string_view item = between(p, itemEnd);
         if (!item.empty() || !skipEmpty) {
             if (int(items.size()) == max) {

@@ -34,6 +34,19 @@ void appendCode(std::string& out, unsigned code) {
     }
 }
 
+const char* skipSpace(const char* p, const char* end, bool withLines) {
+    while (p < end) {
+        if (isBlank(*p) || (withLines && isLineBreak(*p))) {
+            ++p;
+        } else if (isCommentStart(p, end)) {
+            p = skipComment(p, end);
+        } else {
+            break;
+        }
+    }
+    return p;
+}
+
 }  // namespace
 
 const char* skipComment(const char* p, const char* end) {
@@ -51,31 +64,9 @@ const char* skipComment(const char* p, const char* end) {
     throw SyntaxException("Missing */");
 }
 
-const char* skipWhite(const char* p, const char* end) {
-    while (p < end) {
-        if (isBlank(*p)) {
-            ++p;
-        } else if (isCommentStart(p, end)) {
-            p = skipComment(p, end);
-        } else {
-            break;
-        }
-    }
-    return p;
-}
+const char* skipWhite(const char* p, const char* end) { return skipSpace(p, end, false); }
 
-const char* skipWhiteAndLines(const char* p, const char* end) {
-    while (p < end) {
-        if (isBlank(*p) || isLineBreak(*p)) {
-            ++p;
-        } else if (isCommentStart(p, end)) {
-            p = skipComment(p, end);
-        } else {
-            break;
-        }
-    }
-    return p;
-}
+const char* skipWhiteAndLines(const char* p, const char* end) { return skipSpace(p, end, true); }
 
 const char* skipContinuation(const char* p, const char* end) {
     if (*p == '\r' && end - p > 1 && p[1] == '\n') {
@@ -161,6 +152,23 @@ const char* findStatementEnd(const char* p, const char* end) {
             p = skipBracket(p, end);
         } else if (isCommentStart(p, end)) {
             p = skipComment(p, end);
+        } else {
+            ++p;
+        }
+    }
+    return p;
+}
+
+const char* skipToken(const char* p, const char* end, char stop) {
+    while (p < end) {
+        const char c = *p;
+        if (isBlank(c) || isLineBreak(c) || c == stop || isCommentStart(p, end)) {
+            break;
+        }
+        if (c == '[' || c == '{') {
+            p = skipBracket(p, end);
+        } else if (c == '\\') {
+            p = skipEscape(p, end);
         } else {
             ++p;
         }

@@ -47,6 +47,10 @@ const char* skipIdentifier(const char* p, const char* end);
 // A statement that begins with "[" ends with its partner.
 const char* findStatementEnd(const char* p, const char* end);
 
+// Past an argument value or a list item: it stops at white space, a comment or the stop
+// character (":" for values, "," for items); brackets nest and escapes hide what they escape.
+const char* skipToken(const char* p, const char* end, char stop);
+
 // Whether the text is exactly one "[...]".
 bool isBracketed(std::string_view text);
 
