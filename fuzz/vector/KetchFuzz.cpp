@@ -58,7 +58,7 @@ public:
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FuzzExecutor executor;
     VariableMap variables;
-    Frame frame(executor, variables, 300, 100);
+    Frame frame(executor, variables, 200, 100);
     try {
         run(frame, std::string_view(reinterpret_cast<const char*>(data), size));
     } catch (const Exception&) {
