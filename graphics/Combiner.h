@@ -1,0 +1,189 @@
+// The skeleton shared by the two-input renderers (Blender, Adder, Multiplier). The first
+// input is rendered into the combiner's own storage; the stretches at both ends that the
+// first input decides alone are answered without asking the second input, which is only
+// rendered, straight into the output, for the middle. The two span lists are then merged
+// pairwise, and a policy decides each pair: pass one side, a known constant, or compute.
+#pragma once
+
+#include <algorithm>
+#include <type_traits>
+
+#include "graphics/Renderer.h"
+
+namespace tw {
+
+// One side of a pair of spans: its flags and, when solid, its value.
+template <class Pixel>
+struct SpanPiece {
+    bool solid;
+    bool opaque;
+    Pixel value;
+};
+
+enum class PairResult { First, Second, Zero, Full, Compute };
+
+// A Policy has: types First, Out; kUnion (bounds are the union, else the intersection);
+// forwardsSecond(value) for a first input that is one solid span; alone(span) for the
+// first's spans that decide their pixels without the second, and kJoinAlone with
+// kAloneValue when such stretches become one solid span; pick(a, b); op(a, b); and
+// computedOpaque(a, b) for the opaque flag of computed spans.
+template <class Policy>
+class Combiner : public Renderer<typename Policy::Out> {
+public:
+    using First = typename Policy::First;
+    using Out = typename Policy::Out;
+
+    Combiner(Renderer<First>& first, Renderer<Out>& second)
+        : first_(first), second_(second), firstBounds_(first.calcBounds()), secondBounds_(second.calcBounds()),
+          bounds_(Policy::kUnion ? unionOf(firstBounds_, secondBounds_) : intersectionOf(firstBounds_, secondBounds_)) {}
+
+    IntRect calcBounds() const override { return bounds_; }
+
+    void render(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer<Out>& out) override {
+        if constexpr (Policy::kUnion) {
+            const bool touchesFirst = firstBounds_.touchesRow(x, y, length);
+            const bool touchesSecond = secondBounds_.touchesRow(x, y, length);
+            if (!touchesFirst && !touchesSecond) {
+                out.appendTransparent(length);
+            } else if (!touchesFirst) {
+                second_.render(x, y, length, out);
+            } else if (!touchesSecond) {
+                first_.render(x, y, length, out);
+            } else {
+                combine(x, y, length, out);
+            }
+        } else {
+            renderWithin(bounds_, x, y, length, out,
+                         [&](std::int32_t start, std::int32_t n) { combine(start, y, n, out); });
+        }
+    }
+
+private:
+    static void put(Span<Out>* spans, std::int32_t position, std::uint32_t lengthFlags, const Out* pixels) {
+        spans[position] = Span<Out>{lengthFlags, pixels};
+        spans[position + std::int32_t(lengthFlags & kSpanLengthMask) - 1] = Span<Out>{lengthFlags, pixels};
+    }
+
+    // Answers the first's spans in [from, to) that decide alone.
+    void putAlone(Span<Out>* spans, std::int32_t from, std::int32_t to) {
+        if (from >= to) return;
+        if constexpr (Policy::kJoinAlone) {
+            const Out& value = Policy::kAloneValue;
+            put(spans, from, std::uint32_t(to - from) | solidFlags(value), &value);
+        } else if constexpr (std::is_same_v<First, Out>) {
+            for (std::int32_t i = from; i < to; i += firstSpans_[i].length()) {
+                put(spans, i, firstSpans_[i].lengthFlags, firstSpans_[i].pixels);
+            }
+        }
+    }
+
+    void combine(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer<Out>& out) {
+        SpanBuffer<First> firstOut(firstSpans_, firstPixels_);
+        first_.render(x, y, length, firstOut);
+        const Span<First> whole = firstSpans_[0];
+        if (whole.length() == length && whole.solid() && Policy::forwardsSecond(*whole.pixels)) {
+            second_.render(x, y, length, out);
+            return;
+        }
+        Span<Out>* spans = out.spanCursor;
+        Out* pixels = out.pixelCursor;
+        std::int32_t lead = 0;
+        while (lead < length && Policy::alone(firstSpans_[lead])) lead += firstSpans_[lead].length();
+        std::int32_t tail = length;
+        while (tail > lead && Policy::alone(firstSpans_[tail - 1])) tail -= firstSpans_[tail - 1].length();
+        putAlone(spans, 0, lead);
+        if (lead < tail) {
+            SpanBuffer<Out> middle(spans + lead, pixels + lead);
+            second_.render(x + lead, y, tail - lead, middle);
+            merge(spans, pixels, lead, tail);
+        }
+        putAlone(spans, tail, length);
+        out.spanCursor = spans + length;
+        out.pixelCursor = pixels + length;
+    }
+
+    // Merges the first's spans with the second's, which lie in the output at the same
+    // positions. A solid value is read when its span is reached, since computed pixels
+    // may overwrite the place it was kept in.
+    void merge(Span<Out>* spans, Out* pixels, std::int32_t from, std::int32_t to) {
+        std::int32_t firstLeft = 0, secondLeft = 0;
+        std::uint32_t firstFlags = 0, secondFlags = 0;
+        const First* firstPtr = nullptr;
+        const Out* secondPtr = nullptr;
+        SpanPiece<First> a{};
+        SpanPiece<Out> b{};
+        for (std::int32_t i = from; i < to;) {
+            if (firstLeft == 0) {
+                const Span<First> s = firstSpans_[i];
+                firstLeft = s.length();
+                firstFlags = s.lengthFlags & ~kSpanLengthMask;
+                firstPtr = s.pixels;
+                a = SpanPiece<First>{s.solid(), s.opaque(), s.solid() ? *s.pixels : First(0)};
+            }
+            if (secondLeft == 0) {
+                const Span<Out> s = spans[i];
+                secondLeft = s.length();
+                secondFlags = s.lengthFlags & ~kSpanLengthMask;
+                secondPtr = s.pixels;
+                b = SpanPiece<Out>{s.solid(), s.opaque(), s.solid() ? *s.pixels : Out(0)};
+            }
+            const std::int32_t n = std::min(firstLeft, secondLeft);
+            switch (Policy::pick(a, b)) {
+            case PairResult::First:
+                if constexpr (std::is_same_v<First, Out>) put(spans, i, std::uint32_t(n) | firstFlags, firstPtr);
+                break;
+            case PairResult::Second:
+                if (b.solid) {
+                    pixels[i] = b.value;
+                    put(spans, i, std::uint32_t(n) | secondFlags, pixels + i);
+                } else {
+                    put(spans, i, std::uint32_t(n) | secondFlags, secondPtr);
+                }
+                break;
+            case PairResult::Zero:
+                put(spans, i, std::uint32_t(n) | kSpanSolid, &kTransparentPixel<Out>);
+                break;
+            case PairResult::Full:
+                put(spans, i, std::uint32_t(n) | kSpanSolid | kSpanOpaque, &kFullPixel<Out>);
+                break;
+            case PairResult::Compute:
+                compute(spans, pixels + i, i, n, a, b, firstPtr, secondPtr);
+                break;
+            }
+            firstLeft -= n;
+            secondLeft -= n;
+            if (!a.solid) firstPtr += n;
+            if (!b.solid) secondPtr += n;
+            i += n;
+        }
+    }
+
+    static void compute(Span<Out>* spans, Out* dst, std::int32_t i, std::int32_t n, const SpanPiece<First>& a,
+                        const SpanPiece<Out>& b, const First* firstPtr, const Out* secondPtr) {
+        if (a.solid && b.solid) {
+            *dst = Policy::op(a.value, b.value);
+            put(spans, i, std::uint32_t(n) | solidFlags(*dst), dst);
+            return;
+        }
+        if (a.solid) {
+            const First v = a.value;
+            for (std::int32_t k = 0; k < n; ++k) dst[k] = Policy::op(v, secondPtr[k]);
+        } else if (b.solid) {
+            const Out v = b.value;
+            for (std::int32_t k = 0; k < n; ++k) dst[k] = Policy::op(firstPtr[k], v);
+        } else {
+            for (std::int32_t k = 0; k < n; ++k) dst[k] = Policy::op(firstPtr[k], secondPtr[k]);
+        }
+        put(spans, i, std::uint32_t(n) | (Policy::computedOpaque(a, b) ? kSpanOpaque : 0u), dst);
+    }
+
+    Renderer<First>& first_;
+    Renderer<Out>& second_;
+    IntRect firstBounds_;
+    IntRect secondBounds_;
+    IntRect bounds_;
+    Span<First> firstSpans_[kMaxSpanLength];
+    First firstPixels_[kMaxSpanLength];
+};
+
+}  // namespace tw
