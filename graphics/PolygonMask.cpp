@@ -40,9 +40,13 @@ PolygonMask::PolygonMask(const VectorPath& path, const IntRect& clip, const Fill
         const std::int32_t x = toFixed(in.x), y = toFixed(in.y);
         if (in.type != PathInstruction::move) {
             std::int32_t x0 = px, y0 = py, x1 = x, y1 = y;
-            const bool keep = y0 != y1 && std::max(y0, y1) > clipTop && std::min(y0, y1) < clipBottom &&
-                              std::min(x0, x1) < clipRight;
-            if (keep) {
+            const bool rows = y0 != y1 && std::max(y0, y1) > clipTop && std::min(y0, y1) < clipBottom;
+            if (rows && std::min(x0, x1) >= clipRight) {
+                // Wholly right of the clip: no pixel of it is asked for, but the shape reaches the clip's edge.
+                maxX = std::max({maxX, x0, x1});
+                minY = std::min({minY, y0, y1});
+                maxY = std::max({maxY, y0, y1});
+            } else if (rows) {
                 std::int32_t sign = 1;
                 if (y0 > y1) {
                     std::swap(x0, x1);
@@ -81,7 +85,7 @@ PolygonMask::PolygonMask(const VectorPath& path, const IntRect& clip, const Fill
     std::sort(byTop_.begin(), byTop_.end() - 1, [](const PolygonSegment* a, const PolygonSegment* b) {
         return (a->topY >> 8) != (b->topY >> 8) ? (a->topY >> 8) < (b->topY >> 8) : a->leftPixel < b->leftPixel;
     });
-    if (segments_.size() > 1) {
+    if (segments_.size() > 1 && minX <= maxX) {
         const IntRect vertices{minX >> 8, minY >> 8, ((maxX + 255) >> 8) - (minX >> 8), ((maxY + 255) >> 8) - (minY >> 8)};
         bounds_ = intersectionOf(vertices, clip);
     }
