@@ -1,12 +1,13 @@
-// The faults of a Ketch run and of the painters that run on it. Each carries its message
-// and the statement in which it arose, filled in by the innermost running statement on
-// the way out. They live at the bottom of the layers because the raster core raises some
-// of them too (SVG path data, pattern and mask bounds), below the interpreter.
+// The faults of a Ketch run. Each carries its message and the statement in which it arose,
+// filled in by the innermost running statement on the way out; the painter, the views that
+// run Keel and the command-line tools report them through describe(). They sit below the
+// interpreter because the raster core raises some of them too (SVG path data, pattern and
+// mask bounds).
 #pragma once
 
-#include <string>
-
 #include "platform/Exception.h"
+
+#include <string>
 
 namespace tw::Ketch {
 
@@ -18,19 +19,19 @@ public:
     void setStatement(std::string statement) { statement_ = std::move(statement); }
 
     // The message, and on a second line the statement when one is known.
-    std::string describe() const { return statement_.empty() ? message() : message() + "\nin statement: " + statement_; }
+    std::string describe() const;
 
 private:
     std::string statement_;
 };
 
-// Malformed text: brackets, expressions, arguments, names, path data.
+// Malformed text: brackets, expressions, arguments, names.
 class SyntaxException : public Exception {
 public:
     using Exception::Exception;
 };
 
-// Faults of running: limits, variables, arithmetic, files, bounds.
+// Faults of running: limits, variables, arithmetic, files.
 class RunTimeException : public Exception {
 public:
     using Exception::Exception;

@@ -1,6 +1,6 @@
 #include "vector/KetchScanner.h"
 
-#include "vector/KetchException.h"
+#include "platform/KetchException.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "vector/KetchException.h"
+#include "platform/KetchException.h"
 #include "vector/KetchNumber.h"
 
 #include <gtest/gtest.h>

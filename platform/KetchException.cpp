@@ -1,4 +1,4 @@
-#include "vector/KetchException.h"
+#include "platform/KetchException.h"
 
 namespace tw::Ketch {
 
