@@ -1,0 +1,41 @@
+// One unit of the smear: on each channel an all-pass of an outer length whose delay line
+// feeds through an inner all-pass, both with one coefficient. Four run in series; their
+// lengths come from reciprocal primes, different on the left and right.
+#pragma once
+
+#include "platform/ZeroedPages.h"
+
+#include <cstdint>
+
+namespace tw {
+
+class DiffuserUnit {
+public:
+    static constexpr uint32_t kFrames = 65536;
+
+    // The four columns of every frame and every per-column value: left outer, right outer,
+    // left inner, right inner.
+    alignas(16) float targets[4] = {};
+
+    DiffuserUnit();
+
+    // Clears the ring up to mask (the working size less one), the lengths and tap states.
+    void clear(uint32_t mask);
+
+    // One sample of both channels, in place. first restarts the unit at a wake: the
+    // lengths land on their targets and the frame that reads as older than the restarted
+    // write index is cleared.
+    void step(float& left, float& right, uint32_t writeIndex, uint32_t mask, float g, float lengthSmooth,
+              bool first);
+
+    const float* lengths() const { return lengths_; }
+    const float* ring() const { return ring_; }
+
+private:
+    ZeroedPages memory_;
+    float* ring_;
+    alignas(16) float lengths_[4] = {};
+    alignas(16) float lastTaps_[4] = {};
+};
+
+}  // namespace tw

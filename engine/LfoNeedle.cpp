@@ -1,0 +1,21 @@
+#include "engine/LfoNeedle.h"
+
+#include "engine/EngineMath.h"
+
+#include <cmath>
+
+namespace tw {
+
+float LfoNeedle::update(float value, float sampleRate, EngineRandom& random) {
+    float x = value + random.next() * 0.001f - 0.0005f;
+    float f = 640.0f / sampleRate;
+    if (f != rate) {
+        rate = f;
+        coefficient = std::sin(f * kPi) * 2.0f;
+    }
+    low += band * coefficient;
+    band += ((x - low) - band * 0.5f) * coefficient;
+    return clampFloat(low, -1.0f, 1.0f);
+}
+
+}  // namespace tw

@@ -1,0 +1,648 @@
+#include "engine/ShifterEngine.h"
+
+#include "engine/EngineMath.h"
+#include "engine/EngineTables.h"
+#include "engine/NoteRatios.h"
+
+#include <algorithm>
+#include <cmath>
+#include <xmmintrin.h>
+
+namespace tw {
+
+namespace {
+
+constexpr int kFramesPerControl = 8;  // 64 samples
+constexpr int kFramesPerSlow = 32;    // 256 samples
+constexpr float kWakeThreshold = 2e-8f;
+
+// 1 - exp(-2 pi f T): the coefficient of a one-pole at f hertz, stepped every T seconds.
+float onePole(float frequency, float step) { return 1.0f - std::exp(-kTwoPi * frequency * step); }
+
+// Brings a phase in cycles back by whole cycles into -0.5 to 0.5.
+float wrapCycles(float p) { return p - std::rint(p); }
+
+uint32_t powerOfTwoAbove(uint32_t n, uint32_t limit) {
+    uint32_t size = 1;
+    while (size <= n && size < limit) size <<= 1;
+    return size;
+}
+
+// The two shift curves of "Fine" and "Wide": 0 at the centre, +-top hertz at the ends.
+float shiftCurve(float amount, float top, float sampleRate) {
+    if (amount >= 0.5f) return (std::pow(101.0f, (amount - 0.5f) * 2.0f) * top - top) / sampleRate;
+    return (top - std::pow(101.0f, (amount - 0.5f) * -2.0f) * top) / sampleRate;
+}
+
+float noteLengthsPerWhole(int entry) {
+    return static_cast<float>(kNoteDenominators[entry]) / static_cast<float>(kNoteNumerators[entry]);
+}
+
+}  // namespace
+
+ShifterEngine::ShifterEngine() = default;
+
+void ShifterEngine::reset(float rate, uint32_t seed) {
+    static_cast<EngineState&>(*this) = EngineState();
+    random.seed(seed, 0x159a55e5);
+    sampleRate = rate;
+    float control = 64.0f / rate;
+    rateSmooth = std::min(onePole(2.0f, control), 0.5f);
+    lfoPull = onePole(0.5f, control) * 8.0f / 64.0f;
+    phasePull = onePole(0.5f, control) / 64.0f;
+    filterLfoSmooth = onePole(100.0f, 8.0f / rate);
+    controlSmooth = onePole(1.0f, control);
+    depthSmooth = onePole(10.0f, control);
+    lengthSmooth = onePole(1.0f, 1.0f / rate);
+    float ln100 = std::log(100.0f);
+    holdDecay = rate == 0.0f ? 0.0f : std::exp(-ln100 / (rate * 0.5f / 256.0f));
+    midiDecay = rate == 0.0f ? 0.0f : std::exp(-ln100 / (rate / 256.0f));
+    delaySize = powerOfTwoAbove(static_cast<uint32_t>(std::ceil(rate * 1.1f)), StereoDelayLine::kMaxPairs);
+    smearMask = powerOfTwoAbove(static_cast<uint32_t>(std::ceil(rate / 23.0f)), DiffuserUnit::kFrames) - 1;
+    line_.setSize(delaySize);
+    for (DiffuserUnit& unit : units_) unit.clear(smearMask);
+}
+
+// Restart of the loop at a reset or a wake from silence: the loop is treated as empty
+// from here on, without clearing its rings.
+void ShifterEngine::clearLoop() {
+    for (int c = 0; c < 2; ++c) {
+        lpState[c] = lpOut[c] = lpSum[c] = hpState[c] = 0.0f;
+        oscillatorPhase[c] = 0.0f;
+        feedback[c] = 0.0f;
+    }
+    firstPair.clear();
+    secondPair.clear();
+    heldLevel = 0.0f;
+    smearWrite = 0;
+    lfo.phase = -0.5f;
+    float r1 = random.next();
+    float r2 = random.next();
+    lfo.randomValue = r1 * 2.0f - 1.0f;
+    lfo.randomStep = (r2 * 2.0f - 1.0f) - lfo.randomValue;
+    lfo.smoothRandom.clear();
+}
+
+void ShifterEngine::processFrame(const FrameControls& in, FrameReport& out) {
+    const float* inL = in.inputs[0];
+    const float* inR = in.inputs[1];
+    bool reset = in.reset;
+    if (reset) silent = true;
+    if (silent) {
+        for (int n = 0; n < kFrameSize; ++n) {
+            if (std::fabs(inL[n]) > kWakeThreshold || std::fabs(inR[n]) > kWakeThreshold) {
+                silent = false;
+                reset = true;
+                break;
+            }
+        }
+    }
+    if (reset) clearLoop();
+
+    MidiTracker::Result keys = midi.run(in.events, in.eventCount);
+    if (!noteSeen || midi.note != lastNote || keys.triggered) midiActivity = 1.0f;
+    noteSeen = true;
+    lastNote = midi.note;
+
+    if (--controlCountdown < 1 || reset) {
+        frameIndex = 0;
+        controlUpdate(in, reset);
+        controlCountdown = kFramesPerControl;
+    }
+
+    float level = 0.0f;
+    float peak = 0.0f;
+    out.silent = silent;
+    if (silent) {
+        for (int c = 0; c < 2; ++c) oscillatorPhase[c] = wrapCycles(oscillatorPhase[c] + increment[c] * 8.0f);
+        std::fill(in.outputs[0], in.outputs[0] + kFrameSize, 0.0f);
+        std::fill(in.outputs[1], in.outputs[1] + kFrameSize, 0.0f);
+    } else {
+        frameUpdate(in.lfoTarget);
+        // A cheap meter: the even samples only.
+        for (int n = 0; n < kFrameSize; n += 2) level = std::max({level, std::fabs(inL[n]), std::fabs(inR[n])});
+        runSamples(in, reset, peak);
+    }
+
+    ++frameIndex;
+    if (--slowCountdown < 1 || reset) {
+        slowUpdate();
+        slowCountdown = kFramesPerSlow;
+    }
+    if (peak >= kWakeThreshold) {
+        quietTime = 0.0f;
+        silent = false;
+    }
+    heldLevel = std::max(heldLevel, level);
+    out.level = heldLevel;
+    out.lfoValue = lfo.value;
+    out.needle = needleValue_;
+    out.midiActivity = midiActivity;
+}
+
+void ShifterEngine::slowUpdate() {
+    quietTime += 256.0f / sampleRate;
+    midiActivity *= midiDecay;
+    if (quietTime >= 1.1f) silent = true;
+    heldLevel *= holdDecay;
+    if (std::fabs(heldLevel) < 1e-5f) heldLevel = 0.0f;
+}
+
+void ShifterEngine::controlUpdate(const FrameControls& in, bool reset) {
+    bool delaySyncChanged = delaySyncWatch.changed(in.delaySync);
+    bool antiReflectionChanged = antiReflectionWatch.changed(in.antiReflection);
+    bool targetChanged = lfoTargetWatch.changed(in.lfoTarget);
+    bool lfoSyncChanged = lfoSyncWatch.changed(in.lfoSync);
+    bool rangeChanged = rangeWatch.changed(in.range);
+    bool playingChanged = playingWatch.changed(in.playing);
+    if ((playingChanged && in.playing) || reset) {
+        resync = true;
+        shiftFollower.clear();
+        lfo.follower.clear();
+        syncGain = 1.0f;
+    } else {
+        resync = false;
+    }
+
+    const float base = rateSmooth;
+    float amount = smoothers[0].update(in.freqShiftAmount, base, 2.0f, reset || rangeChanged);
+    float sidebandMix = smoothers[1].update(in.sidebandMix, base, 2.0f, reset);
+    float phaseShift = smoothers[2].update(in.phaseShift, base, 2.0f, reset);
+    float feedbackAmount = smoothers[3].update(in.feedbackAmount, base, 2.0f, reset);
+    float delayTime = smoothers[4].update(in.delayTime, base, 0.5f, reset || delaySyncChanged);
+    float lowPassFreq = smoothers[5].update(in.lowPassFreq, base, 2.0f, reset);
+    float highPassFreq = smoothers[6].update(in.highPassFreq, base, 2.0f, reset);
+    float lfoRate = smoothers[7].update(in.lfoRate, base, 2.0f, reset || lfoSyncChanged);
+    float lfoAmount = smoothers[8].update(in.lfoAmount, base, 2.0f, reset || targetChanged);
+    float wetMix = smoothers[9].update(in.wetMix, base, 2.0f, reset);
+    float smearAmount = smoothers[10].update(in.smearAmount, base, 2.0f, reset);
+
+    float gain = (controlSmooth - syncGain) * controlSmooth + syncGain;
+    syncGain = std::fabs(gain - controlSmooth) < 1e-6f ? controlSmooth : gain;
+
+    if (antiReflectionChanged || reset) configureShifter(in.antiReflection);
+    phase.target = WrapHalf(phaseShift - 0.5f);
+    updateBaseShift(in, amount);
+
+    const bool delayTarget = in.lfoTarget == Lfo::kDelayTime;
+    Lfo::RateInput rate{in.lfoSync, lfoRate,       in.lfoRate, in.tempo,      sampleRate, in.songPosition,
+                        in.playing, resync,        syncGain,   controlSmooth, lfoPull};
+    lfo.updateRate(rate);
+    lfo.run(in.lfoShape, in.lfoSync, delayTarget, random);
+    lfo.updateShownValue(delayTarget);
+    needleValue_ = needle_.update(lfo.value, sampleRate, random);
+
+    if (silent) return;
+
+    lfo.sign = in.lfoStereo ? -1.0f : 1.0f;
+    updateDepthTarget(in.lfoTarget, lfoAmount);
+    // The values that hold until the first frame of the period.
+    float first = lfo.values[0];
+    float phaseLeft = phase.target;
+    float phaseRight = phase.target;
+    shift[0] = shift[1] = baseShift;
+    if (in.lfoTarget == Lfo::kFrequencyShift) {
+        shift[0] = clampFloat(baseShift + lfo.depthTarget * first, -0.5f, 0.5f);
+        shift[1] = clampFloat(baseShift + lfo.sign * first * lfo.depthTarget, -0.5f, 0.5f);
+    } else if (in.lfoTarget == Lfo::kPhaseShift) {
+        phaseLeft = WrapHalf(phase.target + first * lfo.depthTarget);
+        phaseRight = WrapHalf(phase.target + lfo.sign * first * lfo.depthTarget);
+    }
+    if (targetChanged || reset) {
+        lfo.depth = lfo.depthTarget;
+        lfo.filterLast = first;
+    }
+
+    updateSmear(smearAmount, feedbackAmount);
+
+    // A constant-power crossfade of wet and dry.
+    float angle = wetMix * kPi / 2.0f;
+    wetGain.target = std::sin(angle);
+    dryGain.target = std::cos(angle);
+
+    updateDelayTarget(in, delayTime, reset);
+    // Input falls as feedback rises, and more with a single sideband, which loses nothing
+    // in the multiplier.
+    float loop = 1.0f - (1.0f - feedbackAmount) * (1.0f - feedbackAmount);
+    float mix = sidebandMix * 2.0f - 1.0f;
+    sideband.target = mix;
+    feedbackGain.target = loop * 1.005f;
+    inputGain.target = std::sqrt(1.0f - std::fabs(mix * 0.5f) * loop * loop);
+    lpBase = 100.0f / sampleRate * std::pow(400.0f, lowPassFreq);
+    lowPass[0].target = lowPass[1].target = 1.0f - std::exp(-kTwoPi * std::min(lpBase / 3.0f, 0.5f));
+    float highPassStep = 20.0f / sampleRate * std::pow(100.0f, highPassFreq);
+    highPass = std::min(1.0f - std::exp(-kTwoPi * highPassStep), 0.5f);
+
+    updateOscillatorTargets(in, phaseLeft, phaseRight, reset);
+    updateRamps(reset);
+}
+
+void ShifterEngine::configureShifter(bool antiReflection) {
+    rotCos = 1.0f;
+    rotSin = 0.0f;
+    uint32_t size = 2;
+    float x = sampleRate;
+    while (x > 66150.0f && size < 8) {
+        x *= 0.5f;
+        size *= 2;
+    }
+    ringMask = size - 1;
+    // The octaves between the ring's rate and 44100 Hz times the chains' phase error per
+    // octave; the second pair doubles it.
+    float a = std::log(x * 2.2675737e-05f) / std::log(2.0f) * 1.3038211f;
+    if (antiReflection) a *= 2.0f;
+    rotate = std::fabs(a) >= 1e-6f;
+    rotationAngle = a;
+    if (rotate) {
+        rotCos = std::cos(a);
+        rotSin = std::sin(a);
+    }
+    if (antiReflection) secondPair.clear();
+    secondPairOn = antiReflection;
+}
+
+void ShifterEngine::updateBaseShift(const FrameControls& in, float amount) {
+    float b = 0.0f;
+    switch (in.range) {
+    case FrameControls::kFine:
+        b = shiftCurve(amount, 2.0f, sampleRate);
+        break;
+    case FrameControls::kWide:
+        b = shiftCurve(amount, 200.0f, sampleRate);
+        break;
+    case FrameControls::kSync: {
+        // One cycle per note length at the host's tempo, from the unsmoothed amount.
+        float raw = clampFloat(in.freqShiftAmount, 0.0f, 1.0f);
+        float v = noteLengthsPerWhole(static_cast<int>(std::floor(raw * 20.0f + 0.5f)) + 3);
+        b = syncFrequency = v * in.tempo / sampleRate * 0.004166667f;
+        float position = v * in.songPosition;
+        followerValue = shiftFollower.step(position - std::floor(position), syncGain);
+        break;
+    }
+    default:
+        b = std::pow(2.0f, static_cast<float>(midi.note - 60) * 0.083333336f + amount * 8.0f - 4.0f) *
+            261.62558f / sampleRate;
+        break;
+    }
+    baseShift = clampFloat(b, -0.5f, 0.5f);
+}
+
+void ShifterEngine::updateDepthTarget(int target, float amount) {
+    float a = clampFloat(amount * 2.0f - 1.0f, -1.0f, 1.0f);
+    float depth = 0.0f;
+    switch (target) {
+    case Lfo::kFrequencyShift:
+        depth = signOf(a) * (std::pow(10001.0f, std::fabs(a)) * 2.0f - 2.0f) / sampleRate;
+        break;
+    case Lfo::kPhaseShift:
+        depth = a;
+        break;
+    case Lfo::kLowPass:
+        depth = a * 8.0f;
+        break;
+    default: {
+        depth = signOf(a) * (std::pow(101.0f, std::fabs(a)) * 0.001f - 0.001f) * sampleRate;
+        // The excursion shrinks as the rate rises, so the echoes' pitch swing stays bounded.
+        float x = sampleRate * 0.1f * kTwoPi * lfo.increment * 0.125f;
+        if (x >= 2.0f) depth = depth / (x * 0.5f);
+        break;
+    }
+    }
+    lfo.depthTarget = depth;
+}
+
+void ShifterEngine::updateSmear(float amount, float feedbackAmount) {
+    const EngineTables& tables = engineTables();
+    float scale = amount * amount * sampleRate;
+    float total = 0.0f;
+    for (int k = 0; k < kSmearUnits; ++k) {
+        float a = tables.t0[k] * scale;
+        float b = tables.t2[k] * scale;
+        float c = tables.t3[k] * scale;
+        float d = tables.t1[k] * scale;
+        float* target = units_[k].targets;
+        target[0] = b - c;
+        target[1] = a - d;
+        target[2] = c;
+        target[3] = d;
+        total += a + b;
+    }
+    total *= 0.5f;
+    smearTotal = total;
+    smearOn = total > 1e-5f;
+    // A short smear, under 100 samples, rings longer.
+    float g0 = feedbackAmount * 0.5f + 0.25f;
+    smearCoefficient.target = g0 - (std::min(total, 100.0f) - 100.0f) * (0.99f - g0) * 0.01f;
+    if (!smearOn) {
+        smearCoefficient.current = smearCoefficient.target;
+        smearCoefficient.step = 0.0f;
+        smearWrite = 0;
+    }
+}
+
+void ShifterEngine::updateDelayTarget(const FrameControls& in, float smoothedTime, bool reset) {
+    float seconds;
+    if (in.delaySync) {
+        float raw = clampFloat(in.delayTime, 0.0f, 1.0f);
+        int entry = static_cast<int>(std::floor((1.0f - raw) * 14.0f + 0.5f)) + 15;
+        // A host tempo outside any musical range would make the octave search endless.
+        float tempo = clampFloat(in.tempo, 1.0f, 1000.0f);
+        seconds = static_cast<float>(kNoteNumerators[entry]) * 4.0f / static_cast<float>(kNoteDenominators[entry]) *
+                  (60.0f / tempo);
+        while (seconds > 1.0f) seconds *= 0.5f;
+    } else {
+        seconds = std::pow(44100.0f, std::sqrt(smoothedTime)) * 2.2675737e-05f;
+    }
+    if (!reset) seconds = (seconds - lastDelaySeconds) * controlSmooth + lastDelaySeconds;
+    lastDelaySeconds = seconds;
+    float samples = sampleRate * seconds - 1.0f;
+    // The smear adds delay of its own, which a tempo-locked echo must not gain.
+    if (in.delaySync) samples = samples - smearTotal * 0.5f;
+    delayTarget.target = std::max(std::min(samples, sampleRate - 1.0f), 1e-7f);
+}
+
+void ShifterEngine::updateOscillatorTargets(const FrameControls& in, float phaseLeft, float phaseRight,
+                                            bool reset) {
+    const float value[2] = {phaseLeft, phaseRight};
+    phaseLocked[0] = phaseLocked[1] = false;
+    correction[0] = correction[1] = 0.0f;
+    // Channels at the same frequency keep exactly the phase difference the control names.
+    if (std::fabs(shift[0] - shift[1]) < 1e-6f) {
+        shift[1] = shift[0];
+        phaseLocked[1] = true;
+        phaseTarget[1] = WrapHalf(phaseRight - phaseLeft) + oscillatorPhase[0];
+    }
+    if (in.range == FrameControls::kSync && in.playing) {
+        for (int c = 0; c < 2; ++c) {
+            if (std::fabs(shift[c] - syncFrequency) < 1e-6f || resync) {
+                phaseLocked[c] = true;
+                phaseTarget[c] = WrapHalf(value[c] + followerValue);
+            }
+        }
+    } else {
+        // At 0 Hz the oscillator stands still at the phase the knob names.
+        for (int c = 0; c < 2; ++c) {
+            if (std::fabs(shift[c]) < 1e-7f || reset) {
+                shift[c] = 0.0f;
+                phaseLocked[c] = true;
+                phaseTarget[c] = value[c];
+            }
+        }
+    }
+    for (int c = 0; c < 2; ++c) {
+        if (!phaseLocked[c]) continue;
+        if (resync) {
+            oscillatorPhase[c] = phaseTarget[c];
+            lastPhaseValue[c] = value[c];
+        } else if (!reset) {
+            // Pull gently toward the target, with no click.
+            float d = phaseTarget[c] - oscillatorPhase[c];
+            if (std::fabs(d) < 1e-6f)
+                oscillatorPhase[c] = phaseTarget[c];
+            else
+                correction[c] = WrapHalf(d) * phasePull;
+        }
+    }
+}
+
+void ShifterEngine::updateRamps(bool reset) {
+    Ramp* perSample[] = {&sideband, &feedbackGain, &inputGain, &wetGain, &dryGain, &smearCoefficient};
+    for (Ramp* r : perSample) {
+        if (reset) {
+            r->current = r->target;
+            r->step = 0.0f;
+            continue;
+        }
+        if (std::fabs(r->target - r->current) < 1e-6f) r->current = r->target;
+        r->step = (r->target - r->current) / 64.0f;
+    }
+    if (reset) {
+        delayTarget.current = delayTarget.target;
+        delayTarget.step = 0.0f;
+        delay[0] = delay[1] = delayTarget.target;
+        phase.current = phase.target;
+        phase.step = 0.0f;
+        lfo.depth = lfo.depthTarget;
+        lfo.depthStep = 0.0f;
+        return;
+    }
+    if (std::fabs(delayTarget.target - delayTarget.current) < 1e-6f) delayTarget.current = delayTarget.target;
+    delayTarget.step = (delayTarget.target - delayTarget.current) * 8.0f / 64.0f;
+    // The phase takes the short way round.
+    float d = WrapHalf(phase.target - phase.current);
+    if (std::fabs(d) < 1e-6f) {
+        phase.current = phase.target;
+        d = 0.0f;
+    }
+    phase.step = d * 8.0f / 64.0f;
+    lfo.depthStep = (lfo.depthTarget - lfo.depth) * 8.0f / 64.0f * depthSmooth;
+}
+
+void ShifterEngine::frameUpdate(int target) {
+    phase.current = WrapHalf(phase.current + phase.step);
+    lfo.depth += lfo.depthStep;
+    delayTarget.current += delayTarget.step;
+    for (int c = 0; c < 2; ++c) delaySlope[c] = (delayTarget.current - delay[c]) / 8.0f;
+
+    float m = lfo.depth * lfo.values[frameIndex];
+    float value[2] = {phase.current, phase.current};
+    switch (target) {
+    case Lfo::kFrequencyShift:
+        shift[0] = clampFloat(baseShift + m, -0.5f, 0.5f);
+        shift[1] = clampFloat(m * lfo.sign + baseShift, -0.5f, 0.5f);
+        break;
+    case Lfo::kPhaseShift:
+        value[0] = WrapHalf(phase.current + m);
+        value[1] = WrapHalf(m * lfo.sign + phase.current);
+        break;
+    case Lfo::kLowPass:
+        lowPassTargets(m);
+        break;
+    default:
+        // A delay that swings through zero mirrors back.
+        delaySlope[0] = (std::fabs(delayTarget.current + m) - delay[0]) * 0.125f;
+        delaySlope[1] = (std::fabs(m * lfo.sign + delayTarget.current) - delay[1]) * 0.125f;
+        break;
+    }
+
+    // Turning the phase while shifting rotates the oscillator over the frame, with no step.
+    for (int c = 0; c < 2; ++c) {
+        float dv = WrapHalf(value[c] - lastPhaseValue[c]);
+        lastPhaseValue[c] = value[c];
+        increment[c] = shift[c] + correction[c] + dv / 8.0f;
+    }
+    oscillatorTables();
+
+    for (Ramp& r : lowPass) {
+        if (std::fabs(r.target - r.current) < 1e-6f) r.current = r.target;
+        r.step = (r.target - r.current) * 0.125f;
+    }
+}
+
+void ShifterEngine::lowPassTargets(float octaves) {
+    float n = (octaves - lfo.filterLast) * filterLfoSmooth + lfo.filterLast;
+    if (std::fabs(n - octaves) >= 1e-6f) octaves = n;
+    lfo.filterLast = octaves;
+    // A fast 2 to the power of octaves.
+    float x = octaves * 0.1732868f;
+    float t = x * 4.2706947f / (6.0399003f - x);
+    t = (t * t + x + 0.99973845f) * 1.0002617f;
+    t = t * t;
+    t = t * t;
+    lowPass[0].target = 1.0f - std::exp(-kTwoPi * std::min(t * lpBase / 3.0f, 0.5f));
+    float right = lfo.sign < 0.0f ? 1.0f / t : t;
+    lowPass[1].target = 1.0f - std::exp(-kTwoPi * std::min(right * lpBase / 3.0f, 0.5f));
+}
+
+// Each oscillator's cosine and sine for the 8 samples of the frame: three sines and
+// cosines to start, then complex rotation.
+void ShifterEngine::oscillatorTables() {
+    for (int c = 0; c < 2; ++c) {
+        float p = oscillatorPhase[c];
+        float i = increment[c];
+        float angle = p * kTwoPi;
+        float w = i * kTwoPi;
+        float co = std::cos(angle);
+        float si = std::sin(angle);
+        float q = std::sin(w);
+        float h = std::sin(w * 0.5f) * 1.4142135f;
+        float k = h * h;
+        for (int n = 0; n < kFrameSize; ++n) {
+            oscillatorCos[n][c] = oscillatorCos[n][c + 2] = co;
+            oscillatorSin[n][c] = oscillatorSin[n][c + 2] = si;
+            float nextCos = (co - k * co) - q * si;
+            float nextSin = (q * co + si) - k * si;
+            co = nextCos;
+            si = nextSin;
+        }
+        oscillatorPhase[c] = wrapCycles(p + i * 8.0f);
+    }
+}
+
+void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak) {
+    const EngineTables& tables = engineTables();
+    const float* inL = in.inputs[0];
+    const float* inR = in.inputs[1];
+    float* outL = in.outputs[0];
+    float* outR = in.outputs[1];
+
+    float sidebandNow = sideband.current;
+    float feedbackNow = feedbackGain.current;
+    float inputNow = inputGain.current;
+    float wetNow = wetGain.current;
+    float dryNow = dryGain.current;
+    float smearNow = smearCoefficient.current;
+    float lowPassNow[2] = {lowPass[0].current, lowPass[1].current};
+    float delayNow[2] = {delay[0], delay[1]};
+    float fbL = feedback[0];
+    float fbR = feedback[1];
+    float top = peak;
+    int noise = noiseIndex;
+    uint32_t write = smearWrite;
+    const bool cross = in.crossChannels;
+
+    const __m128 rotationCos = _mm_set1_ps(rotCos);
+    const __m128 rotationSin = _mm_setr_ps(rotSin, rotSin, -rotSin, -rotSin);
+    const __m128 negateQ = _mm_setr_ps(-0.0f, -0.0f, 0.0f, 0.0f);
+    const __m128 half = _mm_set1_ps(0.5f);
+
+    for (int n = 0; n < kFrameSize; ++n) {
+        sidebandNow += sideband.step;
+        feedbackNow += feedbackGain.step;
+        inputNow += inputGain.step;
+        wetNow += wetGain.step;
+        dryNow += dryGain.step;
+        delayNow[0] += delaySlope[0];
+        delayNow[1] += delaySlope[1];
+        lowPassNow[0] += lowPass[0].step;
+        lowPassNow[1] += lowPass[1].step;
+
+        // Head of the loop: soft-clipped feedback plus input.
+        const float dryL = inL[n];
+        const float dryR = inR[n];
+        float yl = clampFloat(fbL, -1.0f, 1.0f);
+        float yr = clampFloat(fbR, -1.0f, 1.0f);
+        yl = yl - yl * 0.33333334f * yl * yl;
+        yr = yr - yr * 0.33333334f * yr * yr;
+        float xl = yl * feedbackNow + inputNow * dryL;
+        float xr = yr * feedbackNow + inputNow * dryR;
+        top = std::max({top, std::fabs(xl), std::fabs(xr)});
+        delayNow[0] = std::max(delayNow[0], 1e-7f);
+        delayNow[1] = std::max(delayNow[1], 1e-7f);
+        float l;
+        float r;
+        line_.process(xl, xr, delayNow[0], delayNow[1], delaySlope[0], delaySlope[1], first && n == 0, l, r);
+
+        // Anti-denormal noise, opposite on the two sides.
+        l += tables.noise[noise];
+        r -= tables.noise[noise];
+        noise = (noise + 1) & (EngineTables::kNoiseSize - 1);
+
+        if (smearOn) {
+            smearNow += smearCoefficient.step;
+            for (DiffuserUnit& unit : units_)
+                unit.step(l, r, write, smearMask, smearNow, lengthSmooth, first && n == 0);
+            if (++write > 0xffff) write = 0x8000;
+            top = std::max({top, std::fabs(l), std::fabs(r)});
+        }
+
+        // Low-pass at three times the rate, with zero stuffing and a box filter, then high-pass.
+        float filtered[2];
+        const float source[2] = {l, r};
+        for (int c = 0; c < 2; ++c) {
+            float a = lowPassNow[c];
+            float p = lpState[c] - lpState[c] * a;
+            float q = (source[c] - p) * a + p;
+            float s = q - q * a;
+            lpState[c] = s;
+            float e = p + q + s;
+            lpOut[c] = ((e + lpSum[c]) * 0.5f - lpOut[c]) * 1.99f + lpOut[c];
+            lpSum[c] = e;
+            hpState[c] += (lpOut[c] - hpState[c]) * highPass;
+            filtered[c] = lpOut[c] - hpState[c];
+        }
+
+        // Shifter: quadrature pair, rotation, oscillators with the sideband mix, and the
+        // second pair against reflections below 0 Hz.
+        __m128 ab = firstPair.step(ringMask, _mm_setr_ps(filtered[0], filtered[1], filtered[0], filtered[1]));
+        if (rotate) {
+            __m128 swapped = _mm_shuffle_ps(ab, ab, _MM_SHUFFLE(1, 0, 3, 2));
+            ab = _mm_add_ps(_mm_mul_ps(rotationCos, ab), _mm_mul_ps(rotationSin, swapped));
+        }
+        __m128 swapped = _mm_shuffle_ps(ab, ab, _MM_SHUFFLE(1, 0, 3, 2));
+        __m128 t1 = _mm_mul_ps(_mm_mul_ps(_mm_set1_ps(sidebandNow), swapped), _mm_load_ps(oscillatorSin[n]));
+        __m128 t2 = _mm_mul_ps(_mm_load_ps(oscillatorCos[n]), ab);
+        __m128 qp = _mm_add_ps(t1, _mm_xor_ps(t2, negateQ));
+        __m128 wet = qp;
+        if (secondPairOn) {
+            __m128 pair = secondPair.step(ringMask, qp);
+            wet = _mm_mul_ps(_mm_add_ps(pair, _mm_movehl_ps(pair, pair)), half);
+        }
+        float wetL = _mm_cvtss_f32(wet);
+        float wetR = _mm_cvtss_f32(_mm_shuffle_ps(wet, wet, _MM_SHUFFLE(1, 1, 1, 1)));
+        if (cross) std::swap(wetL, wetR);
+
+        fbL = wetL;
+        fbR = wetR;
+        outL[n] = dryL * dryNow + wetL * wetNow;
+        outR[n] = dryR * dryNow + wetR * wetNow;
+    }
+
+    sideband.current = sidebandNow;
+    feedbackGain.current = feedbackNow;
+    inputGain.current = inputNow;
+    wetGain.current = wetNow;
+    dryGain.current = dryNow;
+    smearCoefficient.current = smearNow;
+    lowPass[0].current = lowPassNow[0];
+    lowPass[1].current = lowPassNow[1];
+    delay[0] = delayNow[0];
+    delay[1] = delayNow[1];
+    feedback[0] = fbL;
+    feedback[1] = fbR;
+    noiseIndex = noise;
+    smearWrite = write;
+    peak = top;
+}
+
+}  // namespace tw
