@@ -2,6 +2,7 @@
 
 #include "engine/EngineTables.h"
 
+#include <algorithm>
 #include <cstring>
 #include <emmintrin.h>
 
@@ -10,57 +11,62 @@ namespace tw {
 DiffuserUnit::DiffuserUnit()
     : memory_(kFrames * 4 * sizeof(float)), ring_(static_cast<float*>(memory_.data())) {}
 
-void DiffuserUnit::clear(uint32_t mask) {
-    std::memset(ring_, 0, (mask + 1) * 4 * sizeof(float));
+void DiffuserUnit::clear() {
+    std::memset(ring_, 0, dirtyFrames_ * 4 * sizeof(float));
+    dirtyFrames_ = 0;
     std::memset(lengths_, 0, sizeof(lengths_));
     std::memset(lastTaps_, 0, sizeof(lastTaps_));
+    tapsDue_ = true;
 }
 
 void DiffuserUnit::step(float& left, float& right, uint32_t writeIndex, uint32_t mask, float g,
                         float lengthSmooth, bool first) {
+    dirtyFrames_ = std::max(dirtyFrames_, mask + 1);
     __m128 length;
+    bool moved = tapsDue_;
     if (first) {
         std::memset(ring_ + mask * 4, 0, 4 * sizeof(float));
         length = _mm_load_ps(targets);
+        moved = true;
     } else {
         __m128 old = _mm_load_ps(lengths_);
-        __m128 moved = _mm_add_ps(_mm_mul_ps(_mm_sub_ps(_mm_load_ps(targets), old), _mm_set1_ps(lengthSmooth)), old);
-        __m128 distance = _mm_andnot_ps(_mm_set1_ps(-0.0f), _mm_sub_ps(moved, old));
+        __m128 next = _mm_add_ps(_mm_mul_ps(_mm_sub_ps(_mm_load_ps(targets), old), _mm_set1_ps(lengthSmooth)), old);
+        __m128 distance = _mm_andnot_ps(_mm_set1_ps(-0.0f), _mm_sub_ps(next, old));
         __m128 take = _mm_cmpge_ps(distance, _mm_set1_ps(1e-6f));
-        length = _mm_or_ps(_mm_and_ps(take, moved), _mm_andnot_ps(take, old));
+        length = _mm_or_ps(_mm_and_ps(take, next), _mm_andnot_ps(take, old));
+        moved = moved || _mm_movemask_ps(take) != 0;
     }
-    _mm_store_ps(lengths_, length);
-
-    // Lengths in fixed point with seven fraction bits, at least 1.5 samples; the whole
-    // part and the tap's fraction are chosen so the fraction lies between 0.5 and 1.5.
-    __m128i fixed = _mm_cvttps_epi32(_mm_mul_ps(length, _mm_set1_ps(128.0f)));
-    __m128i least = _mm_set1_epi32(192);
-    __m128i above = _mm_cmpgt_epi32(fixed, least);
-    fixed = _mm_or_si128(_mm_and_si128(above, fixed), _mm_andnot_si128(above, least));
-    __m128i fraction = _mm_and_si128(fixed, _mm_set1_epi32(127));
-    __m128i borrow = _mm_and_si128(_mm_cmplt_epi32(fraction, _mm_set1_epi32(64)), _mm_set1_epi32(128));
-    alignas(16) int32_t tapIndex[4];
-    alignas(16) int32_t whole[4];
-    _mm_store_si128(reinterpret_cast<__m128i*>(tapIndex), _mm_add_epi32(fraction, borrow));
-    _mm_store_si128(reinterpret_cast<__m128i*>(whole), _mm_srli_epi32(_mm_sub_epi32(fixed, borrow), 7));
-
-    const float* tap = engineTables().tap;
-    alignas(16) float current[4];
-    alignas(16) float previous[4];
-    alignas(16) float coefficient[4];
-    alignas(16) int32_t valid[4];
-    for (int c = 0; c < 4; ++c) {
-        int32_t p = static_cast<int32_t>(writeIndex) - whole[c];
-        uint32_t at = static_cast<uint32_t>(p) & mask;
-        current[c] = ring_[at * 4 + c];
-        previous[c] = ring_[((at - 1) & mask) * 4 + c];
-        coefficient[c] = tap[tapIndex[c]];
-        valid[c] = p >= 0 ? -1 : 0;
+    if (moved) {
+        tapsDue_ = false;
+        _mm_store_ps(lengths_, length);
+        // Lengths in fixed point with seven fraction bits, at least 1.5 samples; the whole
+        // part and the tap's fraction are chosen so the fraction lies between 0.5 and 1.5.
+        __m128i fixed = _mm_cvttps_epi32(_mm_mul_ps(length, _mm_set1_ps(128.0f)));
+        __m128i least = _mm_set1_epi32(192);
+        __m128i above = _mm_cmpgt_epi32(fixed, least);
+        fixed = _mm_or_si128(_mm_and_si128(above, fixed), _mm_andnot_si128(above, least));
+        __m128i fraction = _mm_and_si128(fixed, _mm_set1_epi32(127));
+        __m128i borrow = _mm_and_si128(_mm_cmplt_epi32(fraction, _mm_set1_epi32(64)), _mm_set1_epi32(128));
+        alignas(16) int32_t tapIndex[4];
+        _mm_store_si128(reinterpret_cast<__m128i*>(tapIndex), _mm_add_epi32(fraction, borrow));
+        _mm_store_si128(reinterpret_cast<__m128i*>(whole_), _mm_srli_epi32(_mm_sub_epi32(fixed, borrow), 7));
+        const float* tap = engineTables().tap;
+        for (int c = 0; c < 4; ++c) coefficients_[c] = tap[tapIndex[c]];
     }
-    __m128 taps = _mm_add_ps(_mm_mul_ps(_mm_sub_ps(_mm_load_ps(current), _mm_load_ps(lastTaps_)),
-                                        _mm_load_ps(coefficient)),
-                             _mm_load_ps(previous));
-    taps = _mm_and_ps(taps, _mm_castsi128_ps(_mm_load_si128(reinterpret_cast<const __m128i*>(valid))));
+
+    // Each column's tap reads whole samples back through a first-order all-pass; before
+    // the restarted write index has passed that far, the tap is silent.
+    __m128i p = _mm_sub_epi32(_mm_set1_epi32(static_cast<int32_t>(writeIndex)), _mm_load_si128(reinterpret_cast<const __m128i*>(whole_)));
+    __m128 valid = _mm_castsi128_ps(_mm_cmpgt_epi32(p, _mm_set1_epi32(-1)));
+    alignas(16) uint32_t at[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(at), _mm_and_si128(p, _mm_set1_epi32(static_cast<int32_t>(mask))));
+    const float* ring = ring_;
+    __m128 current = _mm_setr_ps(ring[at[0] * 4], ring[at[1] * 4 + 1], ring[at[2] * 4 + 2], ring[at[3] * 4 + 3]);
+    __m128 previous = _mm_setr_ps(ring[((at[0] - 1) & mask) * 4], ring[((at[1] - 1) & mask) * 4 + 1],
+                                  ring[((at[2] - 1) & mask) * 4 + 2], ring[((at[3] - 1) & mask) * 4 + 3]);
+    __m128 taps = _mm_add_ps(_mm_mul_ps(_mm_sub_ps(current, _mm_load_ps(lastTaps_)), _mm_load_ps(coefficients_)),
+                             previous);
+    taps = _mm_and_ps(taps, valid);
     _mm_store_ps(lastTaps_, taps);
 
     // Lanes 0 and 1 carry the left and right channel from here on.
@@ -70,10 +76,9 @@ void DiffuserUnit::step(float& left, float& right, uint32_t writeIndex, uint32_t
     __m128 v = _mm_add_ps(_mm_mul_ps(inner, gain), u);
     __m128 outer = _mm_sub_ps(inner, _mm_mul_ps(v, gain));
     _mm_store_ps(ring_ + (writeIndex & mask) * 4, _mm_movelh_ps(outer, v));
-    alignas(16) float result[4];
-    _mm_store_ps(result, _mm_sub_ps(taps, _mm_mul_ps(u, gain)));
-    left = result[0];
-    right = result[1];
+    __m128 result = _mm_sub_ps(taps, _mm_mul_ps(u, gain));
+    left = _mm_cvtss_f32(result);
+    right = _mm_cvtss_f32(_mm_shuffle_ps(result, result, _MM_SHUFFLE(1, 1, 1, 1)));
 }
 
 }  // namespace tw

@@ -19,8 +19,8 @@ public:
 
     DiffuserUnit();
 
-    // Clears the ring up to mask (the working size less one), the lengths and tap states.
-    void clear(uint32_t mask);
+    // Clears what was written of the ring, the lengths and the tap states.
+    void clear();
 
     // One sample of both channels, in place. first restarts the unit at a wake: the
     // lengths land on their targets and the frame that reads as older than the restarted
@@ -34,8 +34,13 @@ public:
 private:
     ZeroedPages memory_;
     float* ring_;
+    uint32_t dirtyFrames_ = 0;  // frames that may be written; the rest are untouched zero pages
     alignas(16) float lengths_[4] = {};
     alignas(16) float lastTaps_[4] = {};
+    // The taps of the lengths as they stand, recomputed only when a length moves.
+    alignas(16) int32_t whole_[4] = {};
+    alignas(16) float coefficients_[4] = {};
+    bool tapsDue_ = true;
 };
 
 }  // namespace tw

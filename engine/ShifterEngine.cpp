@@ -60,7 +60,7 @@ void ShifterEngine::reset(float rate, uint32_t seed) {
     delaySize = powerOfTwoAbove(static_cast<uint32_t>(std::ceil(rate * 1.1f)), StereoDelayLine::kMaxPairs);
     smearMask = powerOfTwoAbove(static_cast<uint32_t>(std::ceil(rate / 23.0f)), DiffuserUnit::kFrames) - 1;
     line_.setSize(delaySize);
-    for (DiffuserUnit& unit : units_) unit.clear(smearMask);
+    for (DiffuserUnit& unit : units_) unit.clear();
 }
 
 // Restart of the loop at a reset or a wake from silence: the loop is treated as empty
@@ -121,7 +121,10 @@ void ShifterEngine::processFrame(const FrameControls& in, FrameReport& out) {
         frameUpdate(in.lfoTarget);
         // A cheap meter: the even samples only.
         for (int n = 0; n < kFrameSize; n += 2) level = std::max({level, std::fabs(inL[n]), std::fabs(inR[n])});
-        runSamples(in, reset, peak);
+        if (feedbackGain.current == 0.0f && feedbackGain.step == 0.0f)
+            runSamples<false>(in, reset, peak);
+        else
+            runSamples<true>(in, reset, peak);
     }
 
     ++frameIndex;
@@ -519,6 +522,8 @@ void ShifterEngine::oscillatorTables() {
     }
 }
 
+// With no feedback at all the loop is open, and its samples need not wait on each other.
+template <bool kFeedback>
 void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak) {
     const EngineTables& tables = engineTables();
     const float* inL = in.inputs[0];
@@ -533,9 +538,26 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
     float dryNow = dryGain.current;
     float smearNow = smearCoefficient.current;
     float lowPassNow[2] = {lowPass[0].current, lowPass[1].current};
-    float delayNow[2] = {delay[0], delay[1]};
+    // The delays of the frame ahead, so that a channel moving fast can be read in one pass.
+    float delays[2][kFrameSize];
+    for (int c = 0; c < 2; ++c) {
+        float d = delay[c];
+        for (int n = 0; n < kFrameSize; ++n) {
+            d = std::max(d + delaySlope[c], 1e-7f);
+            delays[c][n] = d;
+        }
+    }
+    if (first) line_.restart();
+    float readAhead[2][kFrameSize];
+    const bool ahead[2] = {!first && line_.readAhead(0, delays[0], delaySlope[0], readAhead[0]),
+                           !first && line_.readAhead(1, delays[1], delaySlope[1], readAhead[1])};
     float fbL = feedback[0];
     float fbR = feedback[1];
+    float lowState[2] = {lpState[0], lpState[1]};
+    float lowOut[2] = {lpOut[0], lpOut[1]};
+    float lowSum[2] = {lpSum[0], lpSum[1]};
+    float highState[2] = {hpState[0], hpState[1]};
+    const float highCoefficient = highPass;
     float top = peak;
     int noise = noiseIndex;
     uint32_t write = smearWrite;
@@ -552,8 +574,6 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
         inputNow += inputGain.step;
         wetNow += wetGain.step;
         dryNow += dryGain.step;
-        delayNow[0] += delaySlope[0];
-        delayNow[1] += delaySlope[1];
         lowPassNow[0] += lowPass[0].step;
         lowPassNow[1] += lowPass[1].step;
 
@@ -564,14 +584,17 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
         float yr = clampFloat(fbR, -1.0f, 1.0f);
         yl = yl - yl * 0.33333334f * yl * yl;
         yr = yr - yr * 0.33333334f * yr * yr;
-        float xl = yl * feedbackNow + inputNow * dryL;
-        float xr = yr * feedbackNow + inputNow * dryR;
+        float xl = inputNow * dryL;
+        float xr = inputNow * dryR;
+        if constexpr (kFeedback) {
+            xl = yl * feedbackNow + xl;
+            xr = yr * feedbackNow + xr;
+        }
         top = std::max({top, std::fabs(xl), std::fabs(xr)});
-        delayNow[0] = std::max(delayNow[0], 1e-7f);
-        delayNow[1] = std::max(delayNow[1], 1e-7f);
-        float l;
-        float r;
-        line_.process(xl, xr, delayNow[0], delayNow[1], delaySlope[0], delaySlope[1], first && n == 0, l, r);
+        line_.write(xl, xr);
+        float l = ahead[0] ? readAhead[0][n] : line_.read(0, delays[0][n], delaySlope[0]);
+        float r = ahead[1] ? readAhead[1][n] : line_.read(1, delays[1][n], delaySlope[1]);
+        line_.advance();
 
         // Anti-denormal noise, opposite on the two sides.
         l += tables.noise[noise];
@@ -591,15 +614,15 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
         const float source[2] = {l, r};
         for (int c = 0; c < 2; ++c) {
             float a = lowPassNow[c];
-            float p = lpState[c] - lpState[c] * a;
+            float p = lowState[c] - lowState[c] * a;
             float q = (source[c] - p) * a + p;
             float s = q - q * a;
-            lpState[c] = s;
+            lowState[c] = s;
             float e = p + q + s;
-            lpOut[c] = ((e + lpSum[c]) * 0.5f - lpOut[c]) * 1.99f + lpOut[c];
-            lpSum[c] = e;
-            hpState[c] += (lpOut[c] - hpState[c]) * highPass;
-            filtered[c] = lpOut[c] - hpState[c];
+            lowOut[c] = ((e + lowSum[c]) * 0.5f - lowOut[c]) * 1.99f + lowOut[c];
+            lowSum[c] = e;
+            highState[c] += (lowOut[c] - highState[c]) * highCoefficient;
+            filtered[c] = lowOut[c] - highState[c];
         }
 
         // Shifter: quadrature pair, rotation, oscillators with the sideband mix, and the
@@ -636,10 +659,16 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
     smearCoefficient.current = smearNow;
     lowPass[0].current = lowPassNow[0];
     lowPass[1].current = lowPassNow[1];
-    delay[0] = delayNow[0];
-    delay[1] = delayNow[1];
+    delay[0] = delays[0][kFrameSize - 1];
+    delay[1] = delays[1][kFrameSize - 1];
     feedback[0] = fbL;
     feedback[1] = fbR;
+    for (int c = 0; c < 2; ++c) {
+        lpState[c] = lowState[c];
+        lpOut[c] = lowOut[c];
+        lpSum[c] = lowSum[c];
+        hpState[c] = highState[c];
+    }
     noiseIndex = noise;
     smearWrite = write;
     peak = top;

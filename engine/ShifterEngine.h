@@ -51,6 +51,7 @@ private:
     void frameUpdate(int target);
     void lowPassTargets(float octaves);
     void oscillatorTables();
+    template <bool kFeedback>
     void runSamples(const FrameControls& in, bool first, float& peak);
 
     StereoDelayLine line_;

@@ -1,8 +1,8 @@
 #include "engine/StereoDelayLine.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <xmmintrin.h>
 
 namespace tw {
 
@@ -10,71 +10,49 @@ StereoDelayLine::StereoDelayLine()
     : memory_(kMaxPairs * 2 * sizeof(float)), samples_(static_cast<float*>(memory_.data())) {}
 
 void StereoDelayLine::setSize(uint32_t pairs) {
+    std::memset(samples_, 0, dirtyPairs_ * 2 * sizeof(float));
+    dirtyPairs_ = 0;
     size_ = std::min(pairs, kMaxPairs);
-    std::memset(samples_, 0, size_ * 2 * sizeof(float));
     writeIndex_ = 0;
     last_[0] = last_[1] = before_[0] = before_[1] = 0.0f;
     fresh_ = false;
 }
 
-void StereoDelayLine::process(float xL, float xR, float delayL, float delayR, float slopeL, float slopeR,
-                              bool first, float& outL, float& outR) {
-    if (first) {
-        std::memset(samples_, 0, (kPrimeSteps + 1) * 2 * sizeof(float));
-        writeIndex_ = kPrimeSteps + 1;
-        last_[0] = last_[1] = before_[0] = before_[1] = 0.0f;
-        fresh_ = true;
-    }
-    samples_[writeIndex_ * 2] = xL;
-    samples_[writeIndex_ * 2 + 1] = xR;
-    outL = read(0, delayL, slopeL);
-    outR = read(1, delayR, slopeR);
-    if (++writeIndex_ == size_) {
-        writeIndex_ = 0;
-        fresh_ = false;
-    }
+void StereoDelayLine::restart() {
+    std::memset(samples_, 0, (kPrimeSteps + 1) * 2 * sizeof(float));
+    writeIndex_ = kPrimeSteps + 1;
+    last_[0] = last_[1] = before_[0] = before_[1] = 0.0f;
+    fresh_ = true;
 }
 
-float StereoDelayLine::read(int channel, float delay, float slope) {
+StereoDelayLine::Interpolator StereoDelayLine::interpolator(float delay) {
     int32_t whole = static_cast<int32_t>(delay);
     float f = delay - static_cast<float>(whole);
-    // Keep the fraction between 1 and 2, where the interpolator is flattest, except at the
+    // Keep the fraction between 1 and 2, where the all-pass is flattest, except at the
     // shortest delays.
     if (whole > 0) {
         f = f + 1.0f;
         whole = whole - 1;
     }
-    int32_t steps = std::fabs(slope) >= 0.03f ? kPrimeSteps : 1;
-    int32_t p = static_cast<int32_t>(writeIndex_) - steps - whole;
-    if (fresh_ && p - 1 < 0) {
-        // Not yet written since the restart: reads as silence.
-        last_[channel] = before_[channel] = 0.0f;
-        return 0.0f;
-    }
     float t = (f * 0.33565003f * f + 0.6600485f) - f;
     float u = 0.9997654f - f;
     float c2 = std::max(t, u) / (f * 0.800171f + 1.0038364f);
     float c1 = (c2 + 2.0079546f) - std::max(f * 1.0064453f - c2, 1.0079747f);
+    return {whole, c1, c2};
+}
 
-    const uint32_t mask = size_ * 2 - 1;
-    const float* s = samples_;
-    auto at = [s, mask, channel](int32_t pair) {
-        return s[(static_cast<uint32_t>(pair) * 2 + static_cast<uint32_t>(channel)) & mask];
-    };
-    if (steps == 1) {
-        float y = c2 * (at(p + 1) - before_[channel]) + c1 * (at(p) - last_[channel]) + at(p - 1);
-        before_[channel] = last_[channel];
-        last_[channel] = y;
-        return y;
-    }
-    // Moving fast: the running state is of no use, so prime it from the line itself.
-    float y1 = at(p - 1);
-    float y2 = at(p);
-    float x2 = at(p - 1);
-    float x1 = at(p);
+float StereoDelayLine::readPrimed(int channel, const Interpolator& in) {
+    int32_t p = static_cast<int32_t>(writeIndex_) - kPrimeSteps - in.whole;
+    if (fresh_ && p - 1 < 0) return silence(channel);
+    const float c1 = in.c1;
+    const float c2 = in.c2;
+    float y1 = at(channel, p - 1);
+    float y2 = at(channel, p);
+    float x2 = at(channel, p - 1);
+    float x1 = at(channel, p);
     for (int32_t k = 1; k <= kPrimeSteps; k += 5) {
         for (int32_t j = 0; j < 5; ++j) {
-            float x0 = at(p + k + j);
+            float x0 = at(channel, p + k + j);
             float y = c2 * (x0 - y2) + c1 * (x1 - y1) + x2;
             y2 = y1;
             y1 = y;
@@ -85,6 +63,54 @@ float StereoDelayLine::read(int channel, float delay, float slope) {
     before_[channel] = y2;
     last_[channel] = y1;
     return y1;
+}
+
+bool StereoDelayLine::readAhead(int channel, const float delays[kFrame], float slope, float out[kFrame]) {
+    if (std::fabs(slope) < kFastSlope) return false;
+    alignas(16) int32_t start[kFrame];
+    alignas(16) float c1[kFrame];
+    alignas(16) float c2[kFrame];
+    for (int n = 0; n < kFrame; ++n) {
+        Interpolator in = interpolator(delays[n]);
+        // Sample n reads up to whole samples behind its own write: it must reach no sample
+        // written earlier in the frame, nor wrap round onto one.
+        if (in.whole < kFrame || in.whole > static_cast<int32_t>(size_) - kPrimeSteps - 2) return false;
+        uint32_t w = writeIndex_ + static_cast<uint32_t>(n);
+        bool fresh = fresh_ && w < size_;
+        if (w >= size_) w -= size_;
+        start[n] = static_cast<int32_t>(w) - kPrimeSteps - in.whole;
+        if (fresh && start[n] - 1 < 0) return false;
+        c1[n] = in.c1;
+        c2[n] = in.c2;
+    }
+    auto at = [this, channel](int32_t pair) { return this->at(channel, pair); };
+    // Four samples at a time, one per lane: the same steps as read, side by side.
+    __m128 y1;
+    __m128 y2;
+    for (int b = 0; b < kFrame; b += 4) {
+        const int32_t* p = start + b;
+        const __m128 k1 = _mm_load_ps(c1 + b);
+        const __m128 k2 = _mm_load_ps(c2 + b);
+        __m128 x2 = _mm_setr_ps(at(p[0] - 1), at(p[1] - 1), at(p[2] - 1), at(p[3] - 1));
+        __m128 x1 = _mm_setr_ps(at(p[0]), at(p[1]), at(p[2]), at(p[3]));
+        y1 = x2;
+        y2 = x1;
+        for (int32_t k = 1; k <= kPrimeSteps; ++k) {
+            __m128 x0 = _mm_setr_ps(at(p[0] + k), at(p[1] + k), at(p[2] + k), at(p[3] + k));
+            __m128 y = _mm_add_ps(_mm_add_ps(_mm_mul_ps(k2, _mm_sub_ps(x0, y2)), _mm_mul_ps(k1, _mm_sub_ps(x1, y1))), x2);
+            y2 = y1;
+            y1 = y;
+            x2 = x1;
+            x1 = x0;
+        }
+        _mm_storeu_ps(out + b, y1);
+    }
+    alignas(16) float lastTwo[2][4];
+    _mm_store_ps(lastTwo[0], y1);
+    _mm_store_ps(lastTwo[1], y2);
+    last_[channel] = lastTwo[0][3];
+    before_[channel] = lastTwo[1][3];
+    return true;
 }
 
 }  // namespace tw

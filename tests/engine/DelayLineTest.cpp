@@ -10,16 +10,26 @@ namespace {
 
 constexpr float kRate = 48000.0f;
 
+// One sample through the line, as the engine runs it.
+void process(StereoDelayLine& line, float xl, float xr, float dl, float dr, float sl, float sr, bool first,
+             float& l, float& r) {
+    if (first) line.restart();
+    line.write(xl, xr);
+    l = line.read(0, dl, sl);
+    r = line.read(1, dr, sr);
+    line.advance();
+}
+
 TEST(StereoDelayLine, ARestartedLineReadsExactZeroUntilTheDelayHasPassed) {
     StereoDelayLine line;
     line.setSize(65536);
     // Fill the line with old signal, then restart it as a wake from silence does.
     float l, r;
-    for (int n = 0; n < 70000; ++n) line.process(0.7f, -0.7f, 100.0f, 100.0f, 0.0f, 0.0f, n == 0, l, r);
+    for (int n = 0; n < 70000; ++n) process(line, 0.7f, -0.7f, 100.0f, 100.0f, 0.0f, 0.0f, n == 0, l, r);
     const float delay = kRate - 1.3f;
     int firstSound = -1;
     for (int n = 0; n < 48100; ++n) {
-        line.process(1.0f, 1.0f, delay, delay - 1000.0f, 0.0f, 0.0f, n == 0, l, r);
+        process(line, 1.0f, 1.0f, delay, delay - 1000.0f, 0.0f, 0.0f, n == 0, l, r);
         if (n < 46000) {
             ASSERT_EQ(r, 0.0f) << n;
         }
@@ -44,7 +54,7 @@ double sweepError(float from, float slope, int samples) {
         float x = static_cast<float>(std::sin(w * n));
         delay += slope;
         float l, r;
-        line.process(x, -x, delay, delay, slope, slope, n == 0, l, r);
+        process(line, x, -x, delay, delay, slope, slope, n == 0, l, r);
         if (n > 2000 && n > static_cast<int>(delay) + 30) {
             double ideal = std::sin(w * (n - static_cast<double>(delay)));
             worst = std::max({worst, std::fabs(l - ideal), std::fabs(r + ideal)});
@@ -62,6 +72,41 @@ TEST(StereoDelayLine, InterpolatesCleanlyWhetherTheDelayRestsCreepsOrSweeps) {
 
 TEST(StereoDelayLine, TheShortestDelayPassesTheInput) {
     EXPECT_LT(sweepError(1e-7f, 0.0f, 6000), 2e-3);
+}
+
+TEST(StereoDelayLine, ReadingAFrameAheadGivesWhatReadingEachSampleGives) {
+    StereoDelayLine one;
+    StereoDelayLine ahead;
+    one.setSize(65536);
+    ahead.setSize(65536);
+    const double w = 2.0 * M_PI * 300.0 / kRate;
+    float delay = 3.5f;  // starts short, where a read must wait for the frame's writes
+    float slope = 0.3f;
+    int framesAhead = 0;
+    for (int frame = 0; frame < 3000; ++frame) {
+        if (frame % 500 == 250) slope = -slope;
+        float delays[8];
+        for (int n = 0; n < 8; ++n) delays[n] = std::max(delay + slope * static_cast<float>(n + 1), 1e-7f);
+        delay = delays[7];
+        float early[8];
+        bool read = frame > 0 && ahead.readAhead(0, delays, slope, early);
+        framesAhead += read;
+        if (frame == 0) {
+            one.restart();
+            ahead.restart();
+        }
+        for (int n = 0; n < 8; ++n) {
+            float x = static_cast<float>(std::sin(w * (frame * 8 + n)));
+            one.write(x, x);
+            ahead.write(x, x);
+            float expected = one.read(0, delays[n], slope);
+            float got = read ? early[n] : ahead.read(0, delays[n], slope);
+            ASSERT_EQ(expected, got) << frame << " " << n;
+            one.advance();
+            ahead.advance();
+        }
+    }
+    EXPECT_GT(framesAhead, 2500);
 }
 
 }  // namespace
