@@ -17,7 +17,7 @@ struct FrameControls {
     bool playing = false;    // transport running
     float songPosition = 0.0f;  // whole notes, 0 up to 96
     int eventCount = 0;
-    const int32_t* events = nullptr;  // status << 16 | data1 << 8 | data2
+    const uint32_t* events = nullptr;  // status << 16 | data1 << 8 | data2
     int range = kWide;
     // Parameter values from 0 to 1, unsmoothed.
     float freqShiftAmount = 0.5f;

@@ -6,7 +6,7 @@ namespace {
 constexpr float kOneOver127 = 0.007874016f;
 }
 
-MidiTracker::Result MidiTracker::run(const int32_t* events, int count) {
+MidiTracker::Result MidiTracker::run(const uint32_t* events, int count) {
     Result result;
     for (int e = 0; e < count; ++e) {
         int status = (events[e] >> 16) & 0xff;

@@ -30,7 +30,7 @@ struct MidiTracker {
     void clear() { *this = MidiTracker(); }
 
     // Runs one frame's events, each packed as status << 16 | data1 << 8 | data2.
-    Result run(const int32_t* events, int count);
+    Result run(const uint32_t* events, int count);
 
 private:
     void noteOn(int number, float v, Result& result);

@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "engine/EngineTables.h"
 #include "platform/Mutex.h"
 
 namespace tw {
@@ -28,7 +29,8 @@ std::uint32_t seedState = 0x2545f491u;  // under seedLock
 
 void ProcessServices::acquire() {
     Mutex::Guard guard(startupLock());
-    ++instances;
+    // The first instance builds what every instance only reads.
+    if (instances++ == 0) buildEngineTables();
 }
 
 void ProcessServices::release() {

@@ -7,7 +7,10 @@
 
 namespace tw {
 
-void ShifterProcessor::reset(float sampleRate, std::uint32_t) {
+ShifterProcessor::ShifterProcessor() : engine_(std::make_unique<ShifterEngine>()) {}
+
+void ShifterProcessor::reset(float sampleRate, std::uint32_t seed) {
+    engine_->reset(sampleRate, seed);
     firstCall_ = true;
     needleTick_ = 1.0;
     needleStep_ = 400.0 / sampleRate;
@@ -20,12 +23,50 @@ void ShifterProcessor::process(ProcessContext& context) {
         packedEvents_[static_cast<std::size_t>(i)] = std::uint32_t(e.status) << 16 | std::uint32_t(e.data1) << 8 | e.data2;
     }
     context.patch->getParameters(0, Param::count, values_.data());
+    auto step = [this](int id) { return static_cast<int>(values_[id] * 3.0f + 0.5f); };
+    auto on = [this](int id) { return values_[id] >= 0.5f; };
+    // Bypass only fades the wet signal: the loop runs on, and its tail with it.
     if (context.bypassed) values_[Param::wetMix] = 0.0f;
 
-    // The engine's frame is not wired yet: the frame passes through unchanged.
+    FrameControls frame;
+    frame.reset = firstCall_;
+    frame.inputs[0] = context.inputs[0];
+    frame.inputs[1] = context.inputs[1];
+    frame.outputs[0] = context.outputs[0];
+    frame.outputs[1] = context.outputs[1];
+    frame.tempo = static_cast<float>(context.tempo);
+    frame.playing = context.playing;
+    // Whole notes, kept positive and within 96 so that float holds them finely enough.
+    double wholeNotes = context.songPosition * 0.25;
+    frame.songPosition = static_cast<float>(std::fmod(std::fmod(wholeNotes, 96.0) + 96.0, 96.0));
+    frame.eventCount = eventCount;
+    frame.events = packedEvents_.data();
+    frame.range = step(Param::freqShiftRange);
+    frame.freqShiftAmount = values_[Param::freqShiftAmount];
+    frame.phaseShift = values_[Param::phaseShift];
+    frame.sidebandMix = values_[Param::sidebandMix];
+    frame.antiReflection = on(Param::antiReflection);
+    frame.feedbackAmount = values_[Param::feedbackAmount];
+    frame.highPassFreq = values_[Param::highPassFreq];
+    frame.lowPassFreq = values_[Param::lowPassFreq];
+    frame.delayTime = values_[Param::delayTime];
+    frame.delaySync = on(Param::delaySync);
+    frame.crossChannels = on(Param::crossChannels);
+    frame.smearAmount = values_[Param::smearAmount];
+    frame.lfoShape = step(Param::lfoShape);
+    frame.lfoTarget = step(Param::lfoTarget);
+    frame.lfoRate = values_[Param::lfoRate];
+    frame.lfoAmount = values_[Param::lfoAmount];
+    frame.lfoStereo = on(Param::lfoStereo);
+    frame.lfoSync = on(Param::lfoSync);
+    frame.wetMix = values_[Param::wetMix];
+
+    FrameReport result;
+    engine_->processFrame(frame, result);
     firstCall_ = false;
-    *context.silence = 0;
-    report(Meters{}, values_[Param::lfoAmount], *context.feedbackSink);
+    *context.silence = result.silent ? 1 : 0;
+    report(Meters{result.lfoValue, result.needle, result.level, result.midiActivity}, values_[Param::lfoAmount],
+           *context.feedbackSink);
 }
 
 void ShifterProcessor::report(const Meters& meters, float lfoAmount, FeedbackSink& sink) {

@@ -5,7 +5,9 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 
+#include "engine/ShifterEngine.h"
 #include "model/FeedbackSink.h"
 #include "model/Processor.h"
 #include "model/TidewakeDescriptor.h"
@@ -16,6 +18,7 @@ class ShifterProcessor final : public Processor {
 public:
     static constexpr int maxEvents = 4096;
 
+    ShifterProcessor();
 
     void reset(float sampleRate, std::uint32_t seed) override;
     int latency(float) override { return 0; }
@@ -29,6 +32,7 @@ public:
     void report(const Meters& meters, float lfoAmount, FeedbackSink& sink);
 
 private:
+    std::unique_ptr<ShifterEngine> engine_;
     bool firstCall_ = true;
     double needleTick_ = 1.0, needleStep_ = 400.0 / 44100.0;
     FeedbackSink::NeedleHistory needles_{};

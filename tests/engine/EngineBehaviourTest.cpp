@@ -288,13 +288,13 @@ TEST(ShifterEngine, MidiNotesSetTheShiftWithTheAmountAsOctaveOffset) {
     h.controls.freqShiftAmount = 0.5f;
     h.run(sine(100.0f, kRate, 128));
     EXPECT_NEAR(h.engine().shiftPerSample(0) * kRate, 261.62558, 0.01);  // note 60 before any MIDI
-    const int32_t events[] = {0x904564, 0x904864};  // A4, then C5 on top
+    const uint32_t events[] = {0x904564, 0x904864};  // A4, then C5 on top
     h.controls.events = events;
     h.controls.eventCount = 2;
     h.run(sine(100.0f, kRate, 64));
     EXPECT_NEAR(h.engine().shiftPerSample(0) * kRate, 523.2511, 0.05);
     EXPECT_GT(h.report.midiActivity, 0.9f);
-    const int32_t release[] = {0x804800};
+    const uint32_t release[] = {0x804800};
     h.controls.events = release;
     h.controls.eventCount = 1;
     h.run(sine(100.0f, kRate, 64));

@@ -8,12 +8,12 @@
 namespace tw {
 namespace {
 
-int32_t on(int note, int velocity = 100) { return 0x90 << 16 | note << 8 | velocity; }
-int32_t off(int note) { return 0x80 << 16 | note << 8; }
-int32_t sustain(bool down) { return 0xb0 << 16 | 64 << 8 | (down ? 127 : 0); }
+uint32_t on(int note, int velocity = 100) { return 0x90 << 16 | note << 8 | velocity; }
+uint32_t off(int note) { return 0x80 << 16 | note << 8; }
+uint32_t sustain(bool down) { return 0xb0 << 16 | 64 << 8 | (down ? 127 : 0); }
 
-MidiTracker::Result play(MidiTracker& t, std::initializer_list<int32_t> events) {
-    std::vector<int32_t> list(events);
+MidiTracker::Result play(MidiTracker& t, std::initializer_list<uint32_t> events) {
+    std::vector<uint32_t> list(events);
     return t.run(list.data(), static_cast<int>(list.size()));
 }
 
@@ -60,7 +60,7 @@ TEST(MidiTracker, SustainHoldsTheReleaseUntilThePedalGoesUp) {
 
 TEST(MidiTracker, AFullTableDropsTheOldestNote) {
     MidiTracker t;
-    std::vector<int32_t> events;
+    std::vector<uint32_t> events;
     for (int n = 0; n < 128; ++n) events.push_back(on(n));
     events.push_back(0xc0 << 16);  // a program change is ignored
     t.run(events.data(), static_cast<int>(events.size()));
