@@ -1,0 +1,14 @@
+#include "graphics/BlendMode.h"
+
+#include "cushy/spec/SpecQuote.h"
+
+namespace tw {
+
+BlendMode parseBlendMode(const std::string& raw) {
+    const std::string word = unquote(raw);
+    if (word == "add") return BlendMode::add;
+    if (word == "multiply") return BlendMode::multiply;
+    return BlendMode::normal;
+}
+
+}  // namespace tw
