@@ -1,5 +1,7 @@
 #include "graphics/QvxPNG.h"
 
+#include "graphics/PixelMath.h"
+
 #include <png.h>
 
 #include <cstdio>
@@ -140,7 +142,7 @@ void QvxPNG::read32(std::uint32_t* const* rows) {
             const std::uint32_t p = row[x];
             const std::uint32_t a = p >> 24;
             if (a == 255) continue;
-            const std::uint32_t m = a + (a != 0);
+            const std::uint32_t m = a256(a);
             row[x] = (p & 0xFF000000u) | ((((p >> 16) & 0xFF) * m >> 8) << 16) |
                      ((((p >> 8) & 0xFF) * m >> 8) << 8) | ((p & 0xFF) * m >> 8);
         }
