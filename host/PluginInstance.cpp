@@ -5,6 +5,7 @@
 #include <string>
 
 #include "host/ProcessServices.h"
+#include "host/VendorProtocol.h"
 
 namespace tw {
 
@@ -171,15 +172,28 @@ int PluginInstance::canDo(std::string_view q) const {
     return 0;
 }
 
-vst2::intptr PluginInstance::vendorSpecific(vst2::int32 code, vst2::intptr argument, void*, float) {
+vst2::intptr PluginInstance::vendorSpecific(vst2::int32 code, vst2::intptr argument, void* ptr, float) {
     switch (code) {
-        case probeCode:
+        case vendor::probeCode:
             return 1;
-        case inputSilenceCode:
+        case vendor::inputSilenceCode:
             inputSilent_ = argument != 0 ? 1 : 0;
             return 1;
-        case outputSilenceCode:
+        case vendor::outputSilenceCode:
             return outputSilent_;
+        case vendor::textToValueCode:
+        case vendor::valueToTextCode: {
+            const int id = argument >= 0 && argument < effect_.numParams ? parameterId(static_cast<int>(argument)) : -1;
+            if (id < 0 || ptr == nullptr) return 0;
+            auto& record = *static_cast<vendor::ParameterText*>(ptr);
+            PatchReader r = acquirePatch(getCurrentProgram());
+            if (code == vendor::valueToTextCode) {
+                copyText(record.text, factory_->valueToText(**r, id, record.value, false), sizeof record.text - 1);
+                return 1;
+            }
+            const char* end = std::find(record.text, record.text + sizeof record.text, '\0');
+            return factory_->textToValue(**r, id, std::string_view(record.text, end), record.value) ? 1 : 0;
+        }
         default:
             return 0;
     }

@@ -25,12 +25,6 @@ namespace tw {
 class PluginInstance final : public ModelServices {
 public:
     static constexpr int maxEvents = 4096;
-    // Vendor-specific codes of the product's own protocol with hosts that know it.
-    static constexpr vst2::int32 probeCode = vst2::fourCC("sHi!");
-    static constexpr vst2::int32 inputSilenceCode = vst2::fourCC("sI00");
-    static constexpr vst2::int32 outputSilenceCode = vst2::fourCC("sO00");
-    static constexpr vst2::int32 textToValueCode = vst2::fourCC("sS2V");
-    static constexpr vst2::int32 valueToTextCode = vst2::fourCC("sV2S");
 
     PluginInstance(vst2::HostCallback host, std::unique_ptr<ModelFactory> factory);
     ~PluginInstance() override;

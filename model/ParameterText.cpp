@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
+
+#include "cushy/spec/SpecNumber.h"
 
 namespace tw {
 
@@ -24,9 +25,28 @@ bool equalNoCase(std::string_view a, std::string_view b) {
            });
 }
 
-float clamp01(double v) { return static_cast<float>(std::clamp(v, 0.0, 1.0)); }
-
 }  // namespace
+
+std::string formatFixed(double value, int precision) {
+    // Enough for the largest double in fixed notation.
+    char buffer[400];
+    auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, precision);
+    return std::string(buffer, result.ptr);
+}
+
+const char* scanNumber(const char* p, double& value) {
+    const char* q = p;
+    while (isCSpace(*q)) ++q;
+    double number = 0;
+    const char* end = scanDouble(q, number);
+    if (end == q || std::isnan(number)) return p;
+    value = number;
+    return end;
+}
+
+float clampUnit(double value) {
+    return value > 0 ? static_cast<float>(std::min(value, 1.0)) : 0.0f;
+}
 
 std::string formatGeneric(const ParameterSpec& row, float value, bool precise) {
     switch (row.kind) {
@@ -41,9 +61,7 @@ std::string formatGeneric(const ParameterSpec& row, float value, bool precise) {
             break;
     }
     double shown = double(row.displayMin) + double(value) * (double(row.displayMax) - double(row.displayMin));
-    char buffer[64];
-    std::snprintf(buffer, sizeof buffer, "%.*f", precise ? 7 : 2, shown);
-    return buffer;
+    return formatFixed(shown, precise ? 7 : 2);
 }
 
 bool parseGeneric(const ParameterSpec& row, std::string_view text, float& out) {
@@ -62,7 +80,7 @@ bool parseGeneric(const ParameterSpec& row, std::string_view text, float& out) {
         case ParameterKind::discrete:
             for (std::size_t i = 0; i < row.labels.size(); ++i)
                 if (equalNoCase(t, row.labels[i])) {
-                    out = row.displayMax > 0 ? clamp01(double(i) / double(row.displayMax)) : 0.0f;
+                    out = row.displayMax > 0 ? clampUnit(double(i) / double(row.displayMax)) : 0.0f;
                     return true;
                 }
             return false;
@@ -70,12 +88,11 @@ bool parseGeneric(const ParameterSpec& row, std::string_view text, float& out) {
         case ParameterKind::custom:
             break;
     }
-    std::string copy(text);
-    char* end = nullptr;
-    double number = std::strtod(copy.c_str(), &end);
-    if (end == copy.c_str()) return false;
+    const std::string copy(text);
+    double number = 0;
+    if (scanNumber(copy.c_str(), number) == copy.c_str()) return false;
     double range = double(row.displayMax) - double(row.displayMin);
-    out = range != 0 ? clamp01((number - double(row.displayMin)) / range) : 0.0f;
+    out = range != 0 ? clampUnit((number - double(row.displayMin)) / range) : 0.0f;
     return true;
 }
 

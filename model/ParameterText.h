@@ -10,6 +10,17 @@
 
 namespace tw {
 
+// The helpers of every parameter text. Texts are stored in patches and typed by users
+// whatever locale the host runs in, so numbers always use '.' as the decimal point.
+
+// "%.*f" of the C locale.
+std::string formatFixed(double value, int precision);
+// Reads a number as the C library's string-to-double does, after white space, in the C
+// locale; "nan" is no number. Answers the position behind it, or `p` itself.
+const char* scanNumber(const char* p, double& value);
+// `value` held to 0..1, as a float; NaN gives 0.
+float clampUnit(double value);
+
 // Display form with 2 decimals, full form with 7; the unit is not part of the text.
 std::string formatGeneric(const ParameterSpec& row, float value, bool precise);
 // Answers false, leaving `out` alone, when the text does not read; results lie in 0..1.

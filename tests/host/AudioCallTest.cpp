@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "host/VendorProtocol.h"
 #include "tests/host/TestHost.h"
 
 using namespace tw;
@@ -179,8 +180,8 @@ TEST(AudioCall, TimeInformationGivesTempoAndPositionPerFrame) {
 TEST(AudioCall, SilenceProtocol) {
     TestHost host;
     host.dispatch(vst2::effMainsChanged, 0, 1);
-    const auto silentOut = PluginInstance::outputSilenceCode;
-    EXPECT_EQ(host.dispatch(vst2::effVendorSpecific, PluginInstance::probeCode), 1);
+    const auto silentOut = vendor::outputSilenceCode;
+    EXPECT_EQ(host.dispatch(vst2::effVendorSpecific, vendor::probeCode), 1);
     host.recording.answerSilent = 1;
     Block block(64);
     host.process(block.inputs, block.outputs, 64);
@@ -188,5 +189,5 @@ TEST(AudioCall, SilenceProtocol) {
     host.recording.answerSilent = 0;
     host.process(block.inputs, block.outputs, 64);
     EXPECT_EQ(host.dispatch(vst2::effVendorSpecific, silentOut), 0);
-    EXPECT_EQ(host.dispatch(vst2::effVendorSpecific, PluginInstance::inputSilenceCode, 1), 1);
+    EXPECT_EQ(host.dispatch(vst2::effVendorSpecific, vendor::inputSilenceCode, 1), 1);
 }

@@ -2,8 +2,11 @@
 
 #include <dlfcn.h>
 
+#include <cctype>
 #include <cstring>
 #include <stdexcept>
+
+#include "host/VendorProtocol.h"
 
 namespace tw {
 
@@ -13,6 +16,30 @@ namespace {
 thread_local HostedPlugin* constructing = nullptr;
 
 using EntryPoint = vst2::AEffect* (*)(vst2::HostCallback);
+
+// The words of a text in lower case, split at anything but letters and digits, and with
+// `camel` also where a capital follows a small letter.
+std::vector<std::string> wordsOf(const std::string& text, bool camel) {
+    std::vector<std::string> words;
+    auto previous = static_cast<unsigned char>(' ');
+    for (char c : text) {
+        const auto u = static_cast<unsigned char>(c);
+        if (std::isalnum(u)) {
+            const bool capitalAfterSmall = camel && std::isupper(u) && std::islower(previous);
+            if (!std::isalnum(previous) || capitalAfterSmall) words.emplace_back();
+            words.back() += static_cast<char>(std::tolower(u));
+        }
+        previous = u;
+    }
+    return words;
+}
+
+bool beginsEachWord(const std::vector<std::string>& keys, const std::vector<std::string>& words) {
+    if (keys.empty() || keys.size() != words.size()) return false;
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        if (words[i].compare(0, keys[i].size(), keys[i]) != 0) return false;
+    return true;
+}
 
 }  // namespace
 
@@ -116,7 +143,27 @@ int HostedPlugin::findParameter(const std::string& key) {
     if (!key.empty() && *end == 0) return number >= 0 && number < effect_->numParams ? static_cast<int>(number) : -1;
     for (int i = 0; i < effect_->numParams; ++i)
         if (::strcasecmp(parameterName(i).c_str(), key.c_str()) == 0) return i;
-    return -1;
+    const std::vector<std::string> keys = wordsOf(key, true);
+    int found = -1;
+    for (int i = 0; i < effect_->numParams; ++i) {
+        if (!beginsEachWord(keys, wordsOf(parameterName(i), false))) continue;
+        if (found >= 0) return -1;
+        found = i;
+    }
+    return found;
+}
+
+bool HostedPlugin::speaksVendorProtocol() {
+    return dispatch(vst2::effVendorSpecific, tw::vendor::probeCode) == 1;
+}
+
+bool HostedPlugin::textToValue(int index, const std::string& text, float& value) {
+    tw::vendor::ParameterText record{};
+    if (text.size() >= sizeof record.text) return false;
+    std::memcpy(record.text, text.c_str(), text.size() + 1);
+    if (dispatch(vst2::effVendorSpecific, tw::vendor::textToValueCode, index, &record) != 1) return false;
+    value = record.value;
+    return true;
 }
 
 std::vector<unsigned char> HostedPlugin::getChunk(bool program) {

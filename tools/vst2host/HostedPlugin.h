@@ -40,8 +40,16 @@ public:
     std::string parameterLabel(int index);
     std::string parameterDisplay(int index);
     std::string programName(int index);
-    // A parameter's host index from its number or its name as the plug-in shows it.
+    // A parameter's host index from its number, its name as the plug-in shows it, or a
+    // camel-case key whose words begin the name's words ("lfoRate" for "LFO Rate",
+    // "freqShiftAmount" for "Frequency Shift Amount"); -1 when none or several match.
     int findParameter(const std::string& key);
+
+    // Whether the plug-in speaks the vendor protocol of Tidewake's family (the sHi! probe).
+    bool speaksVendorProtocol();
+    // The plug-in's reading of a parameter's human text through sS2V; false when it
+    // cannot read it.
+    bool textToValue(int index, const std::string& text, float& value);
 
     std::vector<unsigned char> getChunk(bool program);
     bool setChunk(const std::vector<unsigned char>& data, bool program);

@@ -6,8 +6,10 @@
 //   vst2host load   <plugin.so> <chunk file> [--preset]
 //
 // Settings, applied in this order: --chunk FILE (a saved chunk; with --preset a program
-// chunk), --program N, --param NAME=VALUE (host index or parameter name, value 0..1),
-// --bypass.
+// chunk), --program N, then --param NAME=VALUE (value 0..1) and --set NAME=TEXT (the
+// parameter's human text, such as "250 ms" or "A3", read by plug-ins of Tidewake's family
+// through their vendor protocol) in the order given, then --bypass. NAME is a host index,
+// the parameter's name, or a camel-case key such as delayTime or freqShiftAmount.
 // Render options: --block N (default 512), --rate R (the demo input's rate, default
 // 48000), --tempo BPM (default 120), --stopped (transport not running), --no-time (answer
 // no time information), --note N (hold a MIDI note for the length of the input),
@@ -35,7 +37,11 @@ struct Options {
     bool preset = false, bypass = false, raw = false;
     int program = -1, block = 512, rate = 48000, note = -1;
     double tail = 3.0;
-    std::vector<std::pair<std::string, std::string>> params;
+    struct Setting {
+        std::string key, value;
+        bool human;  // --set: the value is text for the plug-in to read
+    };
+    std::vector<Setting> params;
     HostedPlugin::Transport transport;
 };
 
@@ -48,7 +54,7 @@ struct Options {
                  "         [--stopped] [--no-time] [--note N] [--tail SECONDS] [--raw]\n"
                  "  save   <plugin.so> <file> [--preset] [settings]\n"
                  "  load   <plugin.so> <file> [--preset]\n"
-                 "settings: --chunk FILE  --program N  --param NAME=VALUE  --bypass\n",
+                 "settings: --chunk FILE  --program N  --param NAME=VALUE  --set NAME=TEXT  --bypass\n",
                  problem.c_str());
     std::exit(2);
 }
@@ -80,11 +86,11 @@ Options parse(int argc, char** argv) {
         else if (a == "--chunk") o.chunkFile = next();
         else if (a == "--preset") o.preset = true;
         else if (a == "--program") o.program = toInt(next(), "--program");
-        else if (a == "--param") {
+        else if (a == "--param" || a == "--set") {
             std::string kv = next();
             auto eq = kv.find('=');
-            if (eq == std::string::npos) usage("--param wants NAME=VALUE: " + kv);
-            o.params.emplace_back(kv.substr(0, eq), kv.substr(eq + 1));
+            if (eq == std::string::npos) usage(a + " wants NAME=" + (a == "--set" ? "TEXT: " : "VALUE: ") + kv);
+            o.params.push_back({kv.substr(0, eq), kv.substr(eq + 1), a == "--set"});
         } else if (a == "--bypass") o.bypass = true;
         else if (a == "--block") o.block = toInt(next(), "--block");
         else if (a == "--rate") o.rate = toInt(next(), "--rate");
@@ -134,12 +140,20 @@ void applySettings(HostedPlugin& plugin, const Options& o) {
         if (o.program >= plugin.effect().numPrograms) throw std::runtime_error("no program " + std::to_string(o.program));
         plugin.dispatch(vst2::effSetProgram, 0, o.program);
     }
-    for (const auto& [key, value] : o.params) {
+    for (const auto& [key, value, human] : o.params) {
         int index = plugin.findParameter(key);
         if (index < 0) throw std::runtime_error("no parameter " + key);
-        double v = toDouble(value, "--param");
-        if (v < 0 || v > 1) throw std::runtime_error("--param values lie in 0 to 1: " + value);
-        plugin.effect().setParameter(&plugin.effect(), index, static_cast<float>(v));
+        float v;
+        if (human) {
+            if (!plugin.speaksVendorProtocol()) throw std::runtime_error("the plug-in reads no parameter text; use --param");
+            if (!plugin.textToValue(index, value, v))
+                throw std::runtime_error("the plug-in cannot read \"" + value + "\" for " + plugin.parameterName(index));
+        } else {
+            double number = toDouble(value, "--param");
+            if (number < 0 || number > 1) throw std::runtime_error("--param values lie in 0 to 1: " + value);
+            v = static_cast<float>(number);
+        }
+        plugin.effect().setParameter(&plugin.effect(), index, v);
     }
     if (o.bypass) plugin.dispatch(vst2::effSetBypass, 0, 1);
 }
