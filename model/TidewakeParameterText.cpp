@@ -1,5 +1,6 @@
 #include "model/TidewakeParameterText.h"
 
+#include "engine/NoteRatios.h"
 #include "model/NoteText.h"
 #include "model/ParameterText.h"
 #include "model/TidewakeDescriptor.h"
@@ -293,6 +294,18 @@ bool tidewakeTextToValue(const Patch& patch, int id, std::string_view text, floa
 float tidewakeConstrainValue(const Patch& patch, int id, float value) {
     const ParameterSpec* sync = syncRow(patch, id);
     return quantiseGeneric(sync ? *sync : row(id), value);
+}
+
+float turnOffDelaySyncValue(const Patch& patch, double tempo) {
+    const double delay = patch.getParameter(Param::delayTime);
+    const double smear = patch.getParameter(Param::smearAmount);
+    const int steps = static_cast<int>(delayTimeSyncRow().displayMax);
+    // Counted from the long end: "1/2" (value 1) is ratio 15, "1/128" (value 0) ratio 29.
+    const int i = std::clamp(static_cast<int>(std::floor((1 - delay) * steps + 0.5)), 0, steps) + 15;
+    double seconds = kNoteNumerators[i] * 4.0 / kNoteDenominators[i] * (60 / tempo) - smear * smear * 0.1214032;
+    while (seconds > 1.0 && std::isfinite(seconds)) seconds *= 0.5;
+    seconds = std::clamp(seconds, shortestDelay, 1.0);
+    return clampUnit(std::pow(std::log(seconds * delayRate) / lnDelayRate, 2));
 }
 
 }  // namespace tw

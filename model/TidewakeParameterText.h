@@ -21,4 +21,9 @@ bool tidewakeTextToValue(const Patch& patch, int id, std::string_view text, floa
 // The nearest value the row allows with the patch's switches as they stand.
 float tidewakeConstrainValue(const Patch& patch, int id, float value);
 
+// The delayTime value that keeps a synced delay where it is in absolute time when the sync
+// is turned off, at `tempo` beats a minute (the tempo the audio call last saw), less the
+// smear's own delay.
+float turnOffDelaySyncValue(const Patch& patch, double tempo);
+
 }  // namespace tw

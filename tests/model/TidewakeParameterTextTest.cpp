@@ -175,6 +175,26 @@ TEST(DelayText, MillisecondsAndSyncLabelsAtBothEnds) {
     EXPECT_EQ(tidewakeConstrainValue(c.patch(), Param::delayTime, 0.52f), 7.0f / 14);
 }
 
+// Turning the sync off keeps the delay where it was in seconds, less the smear's delay.
+TEST(TurnOffDelaySync, KeepsTheDelayInSeconds) {
+    Context synced;
+    synced.set(Param::delaySync, 1);
+    const Context free;
+    auto after = [&synced](const char* length, double tempo) {
+        synced.set(Param::delayTime, synced.read(Param::delayTime, length));
+        return turnOffDelaySyncValue(synced.patch(), tempo);
+    };
+    EXPECT_EQ(after("1/4", 120), free.read(Param::delayTime, "500 ms"));
+    EXPECT_EQ(after("1/16T", 100), free.read(Param::delayTime, "100 ms"));
+    EXPECT_EQ(after("1/2", 120), 1.0f);
+    // Longer than a second: halved until it fits.
+    EXPECT_EQ(after("1/2", 50), free.read(Param::delayTime, "600 ms"));
+    EXPECT_EQ(after("1/2", 30), 1.0f);
+    EXPECT_EQ(after("1/128", 1e9), 0.0f);
+    synced.set(Param::smearAmount, 1);
+    EXPECT_FLOAT_EQ(after("1/4", 120), free.read(Param::delayTime, "378.5968 ms"));
+}
+
 TEST(FeedbackText, DecibelsAndMinusInfinity) {
     Context c;
     EXPECT_EQ(c.show(Param::feedbackAmount, 0.0f), "-inf");
