@@ -26,9 +26,10 @@ constexpr double delayRate = 44100.000809233476;
 const double lnDelayRate = std::log(delayRate);
 constexpr double shortestDelay = 2.2675736545352265e-05;  // seconds, one sample
 
-// The frequency of "C3", whose reciprocal the cents of a shift in the "Wide" range count from.
+// The notes of the "Wide" range count from "C3"; shifts below "C-1" show no note.
 constexpr double middleC = 261.6255653005986;
-constexpr double lowestNoteShown = 16.351597831287414;  // "C-1"
+constexpr double perMiddleC = 0.00382225643297143;
+constexpr double lowestNoteShown = 16.351597831287414;
 
 const ParameterSpec& row(int id) {
     return tidewakeDescriptor().parameters[static_cast<std::size_t>(id)];
@@ -76,7 +77,7 @@ std::string wideShiftText(double v, bool precise) {
     const double h = shiftHertz(v, 200);
     if (precise) return formatFixed(h, 7) + " Hz";
     if (std::fabs(h) < lowestNoteShown) return formatFixed(h, 2) + " Hz";
-    const auto cents = static_cast<long long>(std::floor(std::log(std::fabs(h) * 0.00382225643297143) / ln2 * 1200 + 0.5));
+    const auto cents = static_cast<long long>(std::floor(std::log(std::fabs(h) * perMiddleC) / ln2 * 1200 + 0.5));
     const long long n = cents + 49;
     const long long octave = n >= 0 ? n / 1200 : -((-n + 1199) / 1200);
     const long long note = (n - octave * 1200) / 100;
@@ -133,8 +134,9 @@ double noteHertz(const NoteText& n) {
 bool readWideShift(const char* text, double& hertz) {
     const char* p = skipBlanks(text);
     const bool down = *p == '-';
+    if (down) ++p;
     NoteText note;
-    if (scanNoteText(p + (down ? 1 : 0), note) != p + (down ? 1 : 0)) {
+    if (scanNoteText(p, note) != p) {
         hertz = down ? -noteHertz(note) : noteHertz(note);
         return true;
     }

@@ -13,13 +13,6 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
 // Matches `word` (lower case) at `p` without regard to case.
 bool matchesWord(const char* p, const char* word) {
     for (; *word; ++p, ++word) {
@@ -65,9 +58,9 @@ const char* scanIntegerLiteral(const char* p, std::uint32_t& magnitude) {
     std::uint64_t value = 0;
     const char* q = p;
     if (!isDigit(*q)) return p;
-    if (q[0] == '0' && (q[1] == 'x' || q[1] == 'X') && hexDigit(q[2]) >= 0) {
-        for (q += 2; hexDigit(*q) >= 0; ++q) {
-            value = std::min(value * 16 + static_cast<std::uint64_t>(hexDigit(*q)), limit);
+    if (q[0] == '0' && (q[1] == 'x' || q[1] == 'X') && hexDigitValue(q[2]) >= 0) {
+        for (q += 2; hexDigitValue(*q) >= 0; ++q) {
+            value = std::min(value * 16 + static_cast<std::uint64_t>(hexDigitValue(*q)), limit);
         }
     } else if (q[0] == '0') {
         for (++q; *q >= '0' && *q <= '7'; ++q) {

@@ -21,6 +21,14 @@ const char* scanIntegerLiteral(const char* p, std::uint32_t& magnitude);
 // or `p` itself when no number starts there.
 const char* scanDouble(const char* p, double& value);
 
+// The value of a hexadecimal digit in either case, or -1.
+inline int hexDigitValue(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
 // The C library's white space: blank, tab, line feed, vertical tab, form feed, return.
 inline bool isCSpace(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');

@@ -10,17 +10,10 @@ namespace {
 
 constexpr char16_t replacementCharacter = 0xFFFD;
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
 // Up to `count` hexadecimal digits at `p`; none gives 0.
 const char* scanHex(const char* p, int count, std::uint32_t& value) {
     value = 0;
-    for (int i = 0; i < count && hexDigit(*p) >= 0; ++i, ++p) value = value * 16 + hexDigit(*p);
+    for (int i = 0; i < count && hexDigitValue(*p) >= 0; ++i, ++p) value = value * 16 + hexDigitValue(*p);
     return p;
 }
 
