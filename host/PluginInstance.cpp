@@ -6,6 +6,11 @@
 
 #include "host/ProcessServices.h"
 #include "host/VendorProtocol.h"
+#include "model/Chunk.h"
+#include "model/FxbBank.h"
+#include "model/StartupBank.h"
+#include "platform/Folders.h"
+#include "platform/Resources.h"
 
 namespace tw {
 
@@ -104,6 +109,17 @@ PluginInstance::PluginInstance(vst2::HostCallback host, std::unique_ptr<ModelFac
     effect_.numOutputs = outputs;
     effect_.flags = vst2::effFlagsCanMono | vst2::effFlagsCanReplacing | vst2::effFlagsProgramChunks;
     if (descriptor_.isSynth) effect_.flags |= vst2::effFlagsIsSynth;
+
+    // 5. The factory bank, then the programs the user changed in earlier sessions and the
+    // program they were on. The factory bank is part of the library: a failure there ends
+    // the construction. A store that can't be read leaves the factory programs in force.
+    if (!descriptor_.factoryBankName.empty()) loadFactoryBank(descriptor_.factoryBankName);
+    int program = 0;
+    try {
+        loadStartupPatches(*this, program);
+    } catch (const std::exception&) {
+    }
+    setCurrentProgram(program);
 
     // 6. Frame buffers, processed in place.
     int bufferLength = frameSize_ > 0 ? frameSize_ : 256;
@@ -288,6 +304,10 @@ vst2::intptr PluginInstance::dispatch(vst2::int32 opcode, vst2::int32 index, vst
             return vendorSpecific(index, value, ptr, opt);
         case effCanDo:
             return ptr ? canDo(static_cast<const char*>(ptr)) : 0;
+        case effGetChunk:
+            return getChunk(static_cast<void**>(ptr), index != 0);
+        case effSetChunk:
+            return setChunk(ptr, value, index != 0);
         case effGetTailSize:
             return 2400;
         case effGetVstVersion:
@@ -295,6 +315,41 @@ vst2::intptr PluginInstance::dispatch(vst2::int32 opcode, vst2::int32 index, vst
         default:
             return 0;
     }
+}
+
+vst2::intptr PluginInstance::getChunk(void** data, bool isPreset) {
+    Mutex::Guard guard(chunkMutex_);
+    chunkBuffer_.clear();
+    try {
+        chunkBuffer_ = saveChunk(*this, isPreset);
+    } catch (const std::exception&) {
+        chunkBuffer_.clear();
+    }
+    if (data != nullptr) *data = chunkBuffer_.data();
+    return static_cast<vst2::intptr>(chunkBuffer_.size());
+}
+
+vst2::intptr PluginInstance::setChunk(const void* data, vst2::intptr size, bool isPreset) {
+    if (data == nullptr || size <= 0) return 0;
+    try {
+        loadChunk(*this, std::string_view(static_cast<const char*>(data), static_cast<std::size_t>(size)), isPreset);
+    } catch (const std::exception&) {
+        return 0;
+    }
+    needsReset_.store(1);
+    return size;
+}
+
+void PluginInstance::loadFxb(const void* data, std::size_t size) {
+    loadChunk(*this, bankChunkOfFxb(descriptor_, std::string_view(static_cast<const char*>(data), size)), false);
+    needsReset_.store(1);
+}
+
+void PluginInstance::loadFactoryBank(const std::string& name) {
+    std::optional<std::vector<std::uint8_t>> bank =
+        loadResource(getResourceFolder(descriptor_.modelName, binaryDir()), "fxb", name);
+    if (!bank) bank.emplace();  // read as an empty bank, which says so
+    loadFxb(bank->data(), bank->size());
 }
 
 // ModelServices.

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -45,6 +46,15 @@ public:
     int processEvents(const vst2::VstEvents* events);
     int canDo(std::string_view question) const;
     vst2::intptr vendorSpecific(vst2::int32 code, vst2::intptr argument, void* ptr, float opt);
+
+    // The host's chunk: the bank of all programs, or with `isPreset` the current one. The
+    // buffer is the instance's and stays valid until the next call; size 0 on failure.
+    vst2::intptr getChunk(void** data, bool isPreset);
+    // Answers `size`, or 0 when the chunk was refused; programs already read stay.
+    vst2::intptr setChunk(const void* data, vst2::intptr size, bool isPreset);
+    // A bank in its FXB container, or the one embedded under `name`; these raise.
+    void loadFxb(const void* data, std::size_t size);
+    void loadFactoryBank(const std::string& name);
 
     float sampleRate() const { return sampleRate_; }
     int instanceNumber() const { return instanceNumber_; }
@@ -105,6 +115,8 @@ private:
     std::uint8_t frameInputSilent_ = 1, frameOutputSilent_ = 1;
     int eventCount_ = 0;
     std::vector<MidiEventRecord> events_, eventScratch_;
+    Mutex chunkMutex_;
+    std::string chunkBuffer_;
     std::vector<std::unique_ptr<PatchCell>> patches_;
     PatchCell editPatch_{nullptr};
     SlotCell<std::uint8_t, Retire::Plain, 3> guardCell_{0};

@@ -32,6 +32,14 @@ public:
     virtual bool textToValue(const Patch& patch, int id, std::string_view text, float& out) const;
     // The nearest value the row allows.
     virtual float constrainValue(const Patch& patch, int id, float value) const;
+
+    // The patch text (see PatchText.cpp). `headerless` leaves out name, path and the
+    // modified flag, as patch files do.
+    virtual bool isPatchText(std::string_view text) const;
+    std::string patchToText(const Patch& patch, bool headerless) const;
+    // A new patch; FormatException or EOFException when the text is none of ours.
+    virtual std::unique_ptr<Patch> patchFromText(std::string_view text) const;
+    virtual void writePatchText(std::string& out, const Patch& patch, bool headerless) const;
 };
 
 }  // namespace tw

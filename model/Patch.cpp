@@ -10,7 +10,7 @@ std::uint32_t nextPatchStamp() {
     return counter.fetch_add(1) + 1;
 }
 
-Patch::NameRecord Patch::makeRecord(std::string_view name, std::string path) {
+Patch::NameRecord Patch::makeRecord(std::string_view name, Path path) {
     NameRecord r;
     std::size_t n = std::min(name.size(), maxNameLength);
     std::memcpy(r.name, name.data(), n);
@@ -36,20 +36,17 @@ std::unique_ptr<Patch> Patch::clone() const {
     return copy;
 }
 
-void Patch::setPath(const std::string& path) {
+void Patch::setPath(const Path& path) {
     if (path.empty()) {
         auto r = names_.acquire();
-        names_.publish(makeRecord(r->name, std::string()));
+        names_.publish(makeRecord(r->name, Path()));
     } else {
-        std::string file = path.substr(path.rfind('/') == std::string::npos ? 0 : path.rfind('/') + 1);
-        std::string::size_type dot = file.rfind('.');
-        if (dot != std::string::npos && dot > 0) file.erase(dot);
-        names_.publish(makeRecord(file, path));
+        names_.publish(makeRecord(path.stem(), path));
     }
     touch();
 }
 
-std::string Patch::getPath() const {
+Path Patch::getPath() const {
     auto r = names_.acquire();
     return r->path;
 }

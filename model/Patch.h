@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/Path.h"
 #include "platform/SlotCell.h"
 
 namespace tw {
@@ -27,8 +28,8 @@ public:
     std::unique_ptr<Patch> clone() const;
 
     // Stores the path; a non-empty path also names the patch after the file's stem.
-    void setPath(const std::string& path);
-    std::string getPath() const;
+    void setPath(const Path& path);
+    Path getPath() const;
 
     // Stores the name cut to 255 bytes; answers false, touching nothing, when it is the same.
     bool setName(std::string_view text);
@@ -51,9 +52,9 @@ public:
 private:
     struct NameRecord {
         char name[maxNameLength + 1] = {};
-        std::string path;
+        Path path;
     };
-    static NameRecord makeRecord(std::string_view name, std::string path);
+    static NameRecord makeRecord(std::string_view name, Path path);
 
     int count_;
     std::unique_ptr<std::atomic<float>[]> values_;

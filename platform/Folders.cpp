@@ -32,7 +32,10 @@ std::string binaryDir() {
     Dl_info info{};
     if (dladdr(reinterpret_cast<void*>(&binaryDir), &info) == 0 || info.dli_fname == nullptr)
         return "./";
-    std::string file = info.dli_fname;
+    // The loader keeps the name it was given, which may be relative to a former folder.
+    char* canonical = ::realpath(info.dli_fname, nullptr);
+    std::string file = canonical != nullptr ? canonical : info.dli_fname;
+    std::free(canonical);
     std::string::size_type slash = file.rfind('/');
     if (slash == std::string::npos) return "./";
     return file.substr(0, slash + 1);

@@ -16,7 +16,7 @@ TEST(Patch, InitPatchHasTheDefaultsAndIsClean) {
     for (int i = 0; i < 19; ++i) EXPECT_EQ(patch->getParameter(i), rows[static_cast<std::size_t>(i)].defaultValue);
     EXPECT_FALSE(patch->isModified());
     EXPECT_EQ(patch->getName(), "");
-    EXPECT_EQ(patch->getPath(), "");
+    EXPECT_TRUE(patch->getPath().empty());
 }
 
 TEST(Patch, StampsMoveOnRealChangesOnly) {
@@ -55,23 +55,23 @@ TEST(Patch, NamesAreCutTo255BytesAndCompared) {
 TEST(Patch, PathNamesThePatchAfterTheFile) {
     Patch patch(1);
     patch.setName("Stored");
-    patch.setPath("/home/me/patches/Dub Siren.tidewake");
+    patch.setPath(Path::parse("/home/me/patches/Dub Siren.tidewake"));
     EXPECT_EQ(patch.getName(), "Dub Siren");
-    EXPECT_EQ(patch.getPath(), "/home/me/patches/Dub Siren.tidewake");
+    EXPECT_EQ(patch.getPath().toString(), "/home/me/patches/Dub Siren.tidewake");
     patch.setName("Renamed");
-    patch.setPath("");
-    EXPECT_EQ(patch.getPath(), "");
+    patch.setPath(Path());
+    EXPECT_TRUE(patch.getPath().empty());
     EXPECT_EQ(patch.getName(), "Renamed") << "clearing the path keeps the name";
 }
 
 TEST(Patch, CloneCopiesEverythingIncludingStamps) {
     Patch patch(2);
     patch.setParameter(0, 0.25f);
-    patch.setPath("/a/b.tidewake");
+    patch.setPath(Path::parse("/a/b.tidewake"));
     auto copy = patch.clone();
     EXPECT_EQ(copy->getParameter(0), 0.25f);
     EXPECT_EQ(copy->getName(), "b");
-    EXPECT_EQ(copy->getPath(), "/a/b.tidewake");
+    EXPECT_EQ(copy->getPath().toString(), "/a/b.tidewake");
     EXPECT_EQ(copy->getChangeStamp(), patch.getChangeStamp());
     EXPECT_EQ(copy->isModified(), patch.isModified());
     copy->setParameter(0, 1.0f);

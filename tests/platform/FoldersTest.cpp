@@ -1,6 +1,6 @@
 #include "platform/Folders.h"
 
-#include "platform/TempFolder.h"
+#include "tests/platform/TempFolder.h"
 
 #include <gtest/gtest.h>
 

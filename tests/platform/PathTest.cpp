@@ -1,7 +1,7 @@
 #include "platform/Path.h"
 
 #include "platform/QvxFiles.h"
-#include "platform/TempFolder.h"
+#include "tests/platform/TempFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include "platform/Exception.h"
 #include "platform/FileLock.h"
-#include "platform/TempFolder.h"
+#include "tests/platform/TempFolder.h"
 
 #include <gtest/gtest.h>
 
