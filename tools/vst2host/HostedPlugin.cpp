@@ -15,8 +15,6 @@ namespace {
 // The instance being created: the plug-in calls back before its effect record exists.
 thread_local HostedPlugin* constructing = nullptr;
 
-using EntryPoint = vst2::AEffect* (*)(vst2::HostCallback);
-
 // The words of a text in lower case, split at anything but letters and digits, and with
 // `camel` also where a capital follows a small letter.
 std::vector<std::string> wordsOf(const std::string& text, bool camel) {
@@ -52,11 +50,17 @@ HostedPlugin::HostedPlugin(const std::string& libraryPath) {
         ::dlclose(library_);
         throw std::runtime_error("not a VST 2.4 plug-in: no VSTPluginMain in " + libraryPath);
     }
+    create(entry);
+}
+
+HostedPlugin::HostedPlugin(EntryPoint entry) { create(entry); }
+
+void HostedPlugin::create(EntryPoint entry) {
     constructing = this;
     effect_ = entry(&HostedPlugin::callback);
     constructing = nullptr;
     if (effect_ == nullptr || effect_->magic != vst2::kEffectMagic) {
-        ::dlclose(library_);
+        if (library_ != nullptr) ::dlclose(library_);
         throw std::runtime_error("the plug-in did not create an instance");
     }
     effect_->user = this;
@@ -64,7 +68,7 @@ HostedPlugin::HostedPlugin(const std::string& libraryPath) {
 
 HostedPlugin::~HostedPlugin() {
     dispatch(vst2::effClose);
-    ::dlclose(library_);
+    if (library_ != nullptr) ::dlclose(library_);
 }
 
 vst2::intptr HostedPlugin::dispatch(vst2::int32 opcode, vst2::int32 index, vst2::intptr value, void* ptr, float opt) {

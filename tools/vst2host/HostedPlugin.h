@@ -18,8 +18,12 @@ public:
         double tempo = 120.0;
     };
 
+    using EntryPoint = vst2::AEffect* (*)(vst2::HostCallback);
+
     // Loads the library and creates an instance; throws std::runtime_error on failure.
     explicit HostedPlugin(const std::string& libraryPath);
+    // An instance of a plug-in linked into the program itself.
+    explicit HostedPlugin(EntryPoint entry);
     ~HostedPlugin();
     HostedPlugin(const HostedPlugin&) = delete;
     HostedPlugin& operator=(const HostedPlugin&) = delete;
@@ -66,6 +70,7 @@ private:
                                  void* ptr, float opt);
     vst2::intptr answer(vst2::int32 opcode, vst2::int32 index, vst2::intptr value, void* ptr, float opt);
     std::string text(vst2::int32 opcode, vst2::int32 index);
+    void create(EntryPoint entry);
 
     void* library_ = nullptr;
     vst2::AEffect* effect_ = nullptr;
