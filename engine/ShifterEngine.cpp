@@ -538,19 +538,6 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
     float dryNow = dryGain.current;
     float smearNow = smearCoefficient.current;
     float lowPassNow[2] = {lowPass[0].current, lowPass[1].current};
-    // The delays of the frame ahead, so that a channel moving fast can be read in one pass.
-    float delays[2][kFrameSize];
-    for (int c = 0; c < 2; ++c) {
-        float d = delay[c];
-        for (int n = 0; n < kFrameSize; ++n) {
-            d = std::max(d + delaySlope[c], 1e-7f);
-            delays[c][n] = d;
-        }
-    }
-    if (first) line_.restart();
-    float readAhead[2][kFrameSize];
-    const bool ahead[2] = {!first && line_.readAhead(0, delays[0], delaySlope[0], readAhead[0]),
-                           !first && line_.readAhead(1, delays[1], delaySlope[1], readAhead[1])};
     float fbL = feedback[0];
     float fbR = feedback[1];
     float lowState[2] = {lpState[0], lpState[1]};
@@ -563,71 +550,75 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
     uint32_t write = smearWrite;
     const bool cross = in.crossChannels;
 
-    const __m128 rotationCos = _mm_set1_ps(rotCos);
-    const __m128 rotationSin = _mm_setr_ps(rotSin, rotSin, -rotSin, -rotSin);
-    const __m128 negateQ = _mm_setr_ps(-0.0f, -0.0f, 0.0f, 0.0f);
-    const __m128 half = _mm_set1_ps(0.5f);
+    // The delays of the frame ahead, so that the frame's reads can be made in one pass.
+    float delays[2][kFrameSize];
+    for (int c = 0; c < 2; ++c) {
+        float d = delay[c];
+        for (int n = 0; n < kFrameSize; ++n) {
+            d = std::max(d + delaySlope[c], 1e-7f);
+            delays[c][n] = d;
+        }
+    }
+    if (first) line_.restart();
+    float early[2][kFrameSize];
+    const bool ahead[2] = {!first && line_.readFrame(0, delays[0], delaySlope[0], early[0]),
+                           !first && line_.readFrame(1, delays[1], delaySlope[1], early[1])};
 
-    for (int n = 0; n < kFrameSize; ++n) {
-        sidebandNow += sideband.step;
+    // The stages of one sample, in the order of the loop.
+    // Head: soft-clipped feedback plus input, the value the peak is tracked on.
+    auto head = [&](int n, float& xl, float& xr) {
         feedbackNow += feedbackGain.step;
         inputNow += inputGain.step;
-        wetNow += wetGain.step;
-        dryNow += dryGain.step;
-        lowPassNow[0] += lowPass[0].step;
-        lowPassNow[1] += lowPass[1].step;
-
-        // Head of the loop: soft-clipped feedback plus input.
-        const float dryL = inL[n];
-        const float dryR = inR[n];
-        float yl = clampFloat(fbL, -1.0f, 1.0f);
-        float yr = clampFloat(fbR, -1.0f, 1.0f);
-        yl = yl - yl * 0.33333334f * yl * yl;
-        yr = yr - yr * 0.33333334f * yr * yr;
-        float xl = inputNow * dryL;
-        float xr = inputNow * dryR;
+        xl = inputNow * inL[n];
+        xr = inputNow * inR[n];
         if constexpr (kFeedback) {
+            float yl = clampFloat(fbL, -1.0f, 1.0f);
+            float yr = clampFloat(fbR, -1.0f, 1.0f);
+            yl = yl - yl * 0.33333334f * yl * yl;
+            yr = yr - yr * 0.33333334f * yr * yr;
             xl = yl * feedbackNow + xl;
             xr = yr * feedbackNow + xr;
         }
         top = std::max({top, std::fabs(xl), std::fabs(xr)});
-        line_.write(xl, xr);
-        float l = ahead[0] ? readAhead[0][n] : line_.read(0, delays[0][n], delaySlope[0]);
-        float r = ahead[1] ? readAhead[1][n] : line_.read(1, delays[1][n], delaySlope[1]);
-        line_.advance();
-
+    };
+    // From the delay's output to the shifter's input: noise, smear, low-pass and high-pass.
+    auto filter = [&](float& l, float& r) {
         // Anti-denormal noise, opposite on the two sides.
         l += tables.noise[noise];
         r -= tables.noise[noise];
         noise = (noise + 1) & (EngineTables::kNoiseSize - 1);
-
         if (smearOn) {
             smearNow += smearCoefficient.step;
-            for (DiffuserUnit& unit : units_)
-                unit.step(l, r, write, smearMask, smearNow, lengthSmooth, first && n == 0);
+            for (DiffuserUnit& unit : units_) unit.step(l, r, write, smearMask, smearNow, lengthSmooth, first);
+            first = false;
             if (++write > 0xffff) write = 0x8000;
             top = std::max({top, std::fabs(l), std::fabs(r)});
         }
-
         // Low-pass at three times the rate, with zero stuffing and a box filter, then high-pass.
-        float filtered[2];
-        const float source[2] = {l, r};
+        float* channel[2] = {&l, &r};
         for (int c = 0; c < 2; ++c) {
+            lowPassNow[c] += lowPass[c].step;
             float a = lowPassNow[c];
             float p = lowState[c] - lowState[c] * a;
-            float q = (source[c] - p) * a + p;
+            float q = (*channel[c] - p) * a + p;
             float s = q - q * a;
             lowState[c] = s;
             float e = p + q + s;
             lowOut[c] = ((e + lowSum[c]) * 0.5f - lowOut[c]) * 1.99f + lowOut[c];
             lowSum[c] = e;
             highState[c] += (lowOut[c] - highState[c]) * highCoefficient;
-            filtered[c] = lowOut[c] - highState[c];
+            *channel[c] = lowOut[c] - highState[c];
         }
-
-        // Shifter: quadrature pair, rotation, oscillators with the sideband mix, and the
-        // second pair against reflections below 0 Hz.
-        __m128 ab = firstPair.step(ringMask, _mm_setr_ps(filtered[0], filtered[1], filtered[0], filtered[1]));
+    };
+    // Shifter: quadrature pair, rotation, oscillators with the sideband mix, and the second
+    // pair against reflections below 0 Hz.
+    const __m128 rotationCos = _mm_set1_ps(rotCos);
+    const __m128 rotationSin = _mm_setr_ps(rotSin, rotSin, -rotSin, -rotSin);
+    const __m128 negateQ = _mm_setr_ps(-0.0f, -0.0f, 0.0f, 0.0f);
+    const __m128 half = _mm_set1_ps(0.5f);
+    auto shifter = [&](int n, float l, float r, float& wetL, float& wetR) {
+        sidebandNow += sideband.step;
+        __m128 ab = firstPair.step(ringMask, _mm_setr_ps(l, r, l, r));
         if (rotate) {
             __m128 swapped = _mm_shuffle_ps(ab, ab, _MM_SHUFFLE(1, 0, 3, 2));
             ab = _mm_add_ps(_mm_mul_ps(rotationCos, ab), _mm_mul_ps(rotationSin, swapped));
@@ -635,20 +626,51 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
         __m128 swapped = _mm_shuffle_ps(ab, ab, _MM_SHUFFLE(1, 0, 3, 2));
         __m128 t1 = _mm_mul_ps(_mm_mul_ps(_mm_set1_ps(sidebandNow), swapped), _mm_load_ps(oscillatorSin[n]));
         __m128 t2 = _mm_mul_ps(_mm_load_ps(oscillatorCos[n]), ab);
-        __m128 qp = _mm_add_ps(t1, _mm_xor_ps(t2, negateQ));
-        __m128 wet = qp;
+        __m128 wet = _mm_add_ps(t1, _mm_xor_ps(t2, negateQ));
         if (secondPairOn) {
-            __m128 pair = secondPair.step(ringMask, qp);
+            __m128 pair = secondPair.step(ringMask, wet);
             wet = _mm_mul_ps(_mm_add_ps(pair, _mm_movehl_ps(pair, pair)), half);
         }
-        float wetL = _mm_cvtss_f32(wet);
-        float wetR = _mm_cvtss_f32(_mm_shuffle_ps(wet, wet, _MM_SHUFFLE(1, 1, 1, 1)));
+        wetL = _mm_cvtss_f32(wet);
+        wetR = _mm_cvtss_f32(_mm_shuffle_ps(wet, wet, _MM_SHUFFLE(1, 1, 1, 1)));
+    };
+    // Cross, the feedback of the next sample, and the wet and dry mix.
+    auto mix = [&](int n, float wetL, float wetR) {
+        wetNow += wetGain.step;
+        dryNow += dryGain.step;
         if (cross) std::swap(wetL, wetR);
-
         fbL = wetL;
         fbR = wetR;
-        outL[n] = dryL * dryNow + wetL * wetNow;
-        outR[n] = dryR * dryNow + wetR * wetNow;
+        outL[n] = inL[n] * dryNow + wetL * wetNow;
+        outR[n] = inR[n] * dryNow + wetR * wetNow;
+    };
+
+    if (ahead[0] && ahead[1]) {
+        // The frame's reads wait on none of its writes: the rest of the loop runs stage by
+        // stage over the whole frame, so that its samples overlap.
+        float wet[2][kFrameSize];
+        for (int n = 0; n < kFrameSize; ++n) filter(early[0][n], early[1][n]);
+        for (int n = 0; n < kFrameSize; ++n) shifter(n, early[0][n], early[1][n], wet[0][n], wet[1][n]);
+        for (int n = 0; n < kFrameSize; ++n) {
+            float xl, xr;
+            head(n, xl, xr);
+            line_.write(xl, xr);
+            line_.advance();
+            mix(n, wet[0][n], wet[1][n]);
+        }
+    } else {
+        for (int n = 0; n < kFrameSize; ++n) {
+            float xl, xr;
+            head(n, xl, xr);
+            line_.write(xl, xr);
+            float l = ahead[0] ? early[0][n] : line_.read(0, delays[0][n], delaySlope[0]);
+            float r = ahead[1] ? early[1][n] : line_.read(1, delays[1][n], delaySlope[1]);
+            line_.advance();
+            filter(l, r);
+            float wetL, wetR;
+            shifter(n, l, r, wetL, wetR);
+            mix(n, wetL, wetR);
+        }
     }
 
     sideband.current = sidebandNow;

@@ -41,9 +41,7 @@ StereoDelayLine::Interpolator StereoDelayLine::interpolator(float delay) {
     return {whole, c1, c2};
 }
 
-float StereoDelayLine::readPrimed(int channel, const Interpolator& in) {
-    int32_t p = static_cast<int32_t>(writeIndex_) - kPrimeSteps - in.whole;
-    if (fresh_ && p - 1 < 0) return silence(channel);
+float StereoDelayLine::readPrimed(int channel, const Interpolator& in, int32_t p) {
     const float c1 = in.c1;
     const float c2 = in.c2;
     float y1 = at(channel, p - 1);
@@ -65,26 +63,40 @@ float StereoDelayLine::readPrimed(int channel, const Interpolator& in) {
     return y1;
 }
 
-bool StereoDelayLine::readAhead(int channel, const float delays[kFrame], float slope, float out[kFrame]) {
-    if (std::fabs(slope) < kFastSlope) return false;
+bool StereoDelayLine::readFrame(int channel, const float delays[kFrame], float slope, float out[kFrame]) {
+    const bool fast = std::fabs(slope) >= kFastSlope;
+    const int32_t reach = fast ? kPrimeSteps + 1 : 2;
     alignas(16) int32_t start[kFrame];
     alignas(16) float c1[kFrame];
     alignas(16) float c2[kFrame];
+    bool freshRead = false;
     for (int n = 0; n < kFrame; ++n) {
-        Interpolator in = interpolator(delays[n]);
-        // Sample n reads up to whole samples behind its own write: it must reach no sample
-        // written earlier in the frame, nor wrap round onto one.
-        if (in.whole < kFrame || in.whole > static_cast<int32_t>(size_) - kPrimeSteps - 2) return false;
+        const Interpolator& in = interpolatorFor(channel, delays[n]);
+        // Sample n reads from whole samples behind its own write back to reach more: none of
+        // it may be written earlier in the frame, directly or round the ring.
+        if (in.whole <= n || in.whole + reach >= static_cast<int32_t>(size_)) return false;
         uint32_t w = writeIndex_ + static_cast<uint32_t>(n);
         bool fresh = fresh_ && w < size_;
         if (w >= size_) w -= size_;
-        start[n] = static_cast<int32_t>(w) - kPrimeSteps - in.whole;
-        if (fresh && start[n] - 1 < 0) return false;
+        start[n] = static_cast<int32_t>(w) - (fast ? kPrimeSteps : 1) - in.whole;
+        freshRead = freshRead || (fresh && start[n] - 1 < 0);
         c1[n] = in.c1;
         c2[n] = in.c2;
     }
+    if (fast && !freshRead) return readPrimedFrame(channel, start, c1, c2, out);
+    for (int n = 0; n < kFrame; ++n) {
+        uint32_t w = writeIndex_ + static_cast<uint32_t>(n);
+        bool fresh = fresh_ && w < size_;
+        if (w >= size_) w -= size_;
+        out[n] = readAt(channel, interpolatorFor(channel, delays[n]), fast, w, fresh);
+    }
+    return true;
+}
+
+bool StereoDelayLine::readPrimedFrame(int channel, const int32_t start[kFrame], const float c1[kFrame],
+                                      const float c2[kFrame], float out[kFrame]) {
     auto at = [this, channel](int32_t pair) { return this->at(channel, pair); };
-    // Four samples at a time, one per lane: the same steps as read, side by side.
+    // Four samples at a time, one per lane: the same steps as readPrimed, side by side.
     __m128 y1;
     __m128 y2;
     for (int b = 0; b < kFrame; b += 4) {

@@ -35,19 +35,7 @@ public:
     }
     // The channel at a delay in samples, moving by slope per sample.
     float read(int channel, float delay, float slope) {
-        if (delay != interpolatedDelay_[channel]) {
-            interpolatedDelay_[channel] = delay;
-            interpolator_[channel] = interpolator(delay);
-        }
-        const Interpolator& in = interpolator_[channel];
-        if (std::fabs(slope) >= kFastSlope) return readPrimed(channel, in);
-        int32_t p = static_cast<int32_t>(writeIndex_) - 1 - in.whole;
-        if (fresh_ && p - 1 < 0) return silence(channel);
-        float y = in.c2 * (at(channel, p + 1) - before_[channel]) + in.c1 * (at(channel, p) - last_[channel]) +
-                  at(channel, p - 1);
-        before_[channel] = last_[channel];
-        last_[channel] = y;
-        return y;
+        return readAt(channel, interpolatorFor(channel, delay), std::fabs(slope) >= kFastSlope, writeIndex_, fresh_);
     }
     void advance() {
         if (++writeIndex_ == size_) {
@@ -56,11 +44,11 @@ public:
         }
     }
 
-    // A fast-moving channel's reads for the coming frame, made before the frame's writes:
-    // the same values that read would give, in one pass whose samples do not wait on each
-    // other. Does nothing and answers false when the channel moves slowly or a read would
-    // reach a sample the frame writes.
-    bool readAhead(int channel, const float delays[kFrame], float slope, float out[kFrame]);
+    // A channel's reads for the coming frame, made before any of the frame's writes: the
+    // same values that reading each sample after its write gives, when no read reaches a
+    // sample the frame writes. A channel moving fast is read for all samples side by side.
+    // Does nothing and answers false when a read would reach the frame's writes.
+    bool readFrame(int channel, const float delays[kFrame], float slope, float out[kFrame]);
 
 private:
     // The interpolator for a delay: the whole samples behind the newest one read, and the
@@ -75,14 +63,33 @@ private:
     float at(int channel, int32_t pair) const {
         return samples_[(static_cast<uint32_t>(pair) * 2 + static_cast<uint32_t>(channel)) & (size_ * 2 - 1)];
     }
-    // Not yet written since the restart: reads as silence.
-    float silence(int channel) {
-        last_[channel] = before_[channel] = 0.0f;
-        return 0.0f;
+    const Interpolator& interpolatorFor(int channel, float delay) {
+        if (delay != interpolatedDelay_[channel]) {
+            interpolatedDelay_[channel] = delay;
+            interpolator_[channel] = interpolator(delay);
+        }
+        return interpolator_[channel];
     }
-    // The read of a channel moving fast: the running state is of no use, so it is primed
-    // from the line itself.
-    float readPrimed(int channel, const Interpolator& in);
+    // A read as the sample written at writePosition sees the line; fresh as it stands then.
+    float readAt(int channel, const Interpolator& in, bool fast, uint32_t writePosition, bool fresh) {
+        int32_t p = static_cast<int32_t>(writePosition) - (fast ? kPrimeSteps : 1) - in.whole;
+        if (fresh && p - 1 < 0) {
+            // Not yet written since the restart: reads as silence.
+            last_[channel] = before_[channel] = 0.0f;
+            return 0.0f;
+        }
+        if (fast) return readPrimed(channel, in, p);
+        float y = in.c2 * (at(channel, p + 1) - before_[channel]) + in.c1 * (at(channel, p) - last_[channel]) +
+                  at(channel, p - 1);
+        before_[channel] = last_[channel];
+        last_[channel] = y;
+        return y;
+    }
+    // Moving fast, the running state is of no use: it is primed from the line itself.
+    float readPrimed(int channel, const Interpolator& in, int32_t p);
+    // readFrame for a channel moving fast, once the reads are known to be independent.
+    bool readPrimedFrame(int channel, const int32_t start[kFrame], const float c1[kFrame], const float c2[kFrame],
+                         float out[kFrame]);
 
     ZeroedPages memory_;
     float* samples_;  // left at even index
