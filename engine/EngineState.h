@@ -71,11 +71,18 @@ struct EngineState {
     float correction[2] = {};
     float increment[2] = {};
     float baseShift = 0.0f;
+    float curveAmount = -1.0f;  // the amount and range top of curveShift, the "Fine" or "Wide" shift
+    float curveTop = 0.0f;
+    float curveShift = 0.0f;
     float syncFrequency = 0.0f;
     float followerValue = 0.0f;
     SyncFollower shiftFollower;
     bool resync = false;
     float syncGain = 1.0f;
+    // The rotation per sample of each oscillator, for the increment it was made for.
+    float stepIncrement[2] = {};
+    float stepSin[2] = {};
+    float stepSquare[2] = {};
     // One frame of oscillator output, lanes left, right, left, right per sample.
     alignas(16) float oscillatorCos[8][4] = {};
     alignas(16) float oscillatorSin[8][4] = {};

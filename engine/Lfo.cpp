@@ -22,7 +22,12 @@ void Lfo::pullTo(float target, bool resync, float lfoPull) {
 
 void Lfo::updateRate(const RateInput& in) {
     if (!in.synced) {
-        increment = (std::pow(1001.0f, in.smoothedRate) * 0.1f - 0.1f) * 8.0f / in.sampleRate;
+        // A rate at rest costs no power.
+        if (in.smoothedRate != freeRate) {
+            freeRate = in.smoothedRate;
+            freeIncrement = (std::pow(1001.0f, in.smoothedRate) * 0.1f - 0.1f) * 8.0f / in.sampleRate;
+        }
+        increment = freeIncrement;
         syncIncrement = increment;
         if (std::fabs(increment) < 1e-7f) pullTo(-0.5f, in.resync, in.lfoPull);
         return;

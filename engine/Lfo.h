@@ -28,6 +28,8 @@ struct Lfo {
     float sign = 1.0f;  // -1 hands the right channel the LFO inverted
     float filterLast = 0.0f;
     float value = 0.0f;  // the value shown to the user
+    float freeRate = -1.0f;  // the smoothed rate of freeIncrement, the free-running increment
+    float freeIncrement = 0.0f;
 
     // What the rate update needs from the control update.
     struct RateInput {

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <xmmintrin.h>
+#include <emmintrin.h>
 
 namespace tw {
 
@@ -22,17 +22,22 @@ float onePole(float frequency, float step) { return 1.0f - std::exp(-kTwoPi * fr
 // Brings a phase in cycles back by whole cycles into -0.5 to 0.5.
 float wrapCycles(float p) { return p - std::rint(p); }
 
+// Whether any sample of the two channels' frames has a magnitude above threshold.
+bool anyAbove(const float* left, const float* right, float threshold) {
+    const __m128 magnitude = _mm_castsi128_ps(_mm_set1_epi32(0x7fffffff));
+    const __m128 limit = _mm_set1_ps(threshold);
+    __m128 above = _mm_setzero_ps();
+    for (const float* x : {left, left + 4, right, right + 4})
+        above = _mm_or_ps(above, _mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(x), magnitude), limit));
+    return _mm_movemask_ps(above) != 0;
+}
+
 uint32_t powerOfTwoAbove(uint32_t n, uint32_t limit) {
     uint32_t size = 1;
     while (size <= n && size < limit) size <<= 1;
     return size;
 }
 
-// The two shift curves of "Fine" and "Wide": 0 at the centre, +-top hertz at the ends.
-float shiftCurve(float amount, float top, float sampleRate) {
-    if (amount >= 0.5f) return (std::pow(101.0f, (amount - 0.5f) * 2.0f) * top - top) / sampleRate;
-    return (top - std::pow(101.0f, (amount - 0.5f) * -2.0f) * top) / sampleRate;
-}
 
 float noteLengthsPerWhole(int entry) {
     return static_cast<float>(kNoteDenominators[entry]) / static_cast<float>(kNoteNumerators[entry]);
@@ -88,14 +93,9 @@ void ShifterEngine::processFrame(const FrameControls& in, FrameReport& out) {
     const float* inR = in.inputs[1];
     bool reset = in.reset;
     if (reset) silent = true;
-    if (silent) {
-        for (int n = 0; n < kFrameSize; ++n) {
-            if (std::fabs(inL[n]) > kWakeThreshold || std::fabs(inR[n]) > kWakeThreshold) {
-                silent = false;
-                reset = true;
-                break;
-            }
-        }
+    if (silent && anyAbove(inL, inR, kWakeThreshold)) {
+        silent = false;
+        reset = true;
     }
     if (reset) clearLoop();
 
@@ -268,11 +268,20 @@ void ShifterEngine::updateBaseShift(const FrameControls& in, float amount) {
     float b = 0.0f;
     switch (in.range) {
     case FrameControls::kFine:
-        b = shiftCurve(amount, 2.0f, sampleRate);
+    case FrameControls::kWide: {
+        // 0 at the centre, +-2 or +-200 hertz at the ends. A knob at rest costs no power.
+        float top = in.range == FrameControls::kFine ? 2.0f : 200.0f;
+        if (amount != curveAmount || top != curveTop) {
+            curveAmount = amount;
+            curveTop = top;
+            if (amount >= 0.5f)
+                curveShift = (std::pow(101.0f, (amount - 0.5f) * 2.0f) * top - top) / sampleRate;
+            else
+                curveShift = (top - std::pow(101.0f, (amount - 0.5f) * -2.0f) * top) / sampleRate;
+        }
+        b = curveShift;
         break;
-    case FrameControls::kWide:
-        b = shiftCurve(amount, 200.0f, sampleRate);
-        break;
+    }
     case FrameControls::kSync: {
         // One cycle per note length at the host's tempo, from the unsmoothed amount.
         float raw = clampFloat(in.freqShiftAmount, 0.0f, 1.0f);
@@ -500,16 +509,32 @@ void ShifterEngine::lowPassTargets(float octaves) {
 // Each oscillator's cosine and sine for the 8 samples of the frame: three sines and
 // cosines to start, then complex rotation.
 void ShifterEngine::oscillatorTables() {
+    const float start[2] = {oscillatorPhase[0], oscillatorPhase[1]};
     for (int c = 0; c < 2; ++c) {
-        float p = oscillatorPhase[c];
+        float p = start[c];
         float i = increment[c];
+        oscillatorPhase[c] = wrapCycles(p + i * 8.0f);
+        if (c == 1 && p == start[0] && i == increment[0]) {
+            // Both oscillators in step, as they mostly are: the same tables.
+            for (int n = 0; n < kFrameSize; ++n) {
+                oscillatorCos[n][1] = oscillatorCos[n][3] = oscillatorCos[n][0];
+                oscillatorSin[n][1] = oscillatorSin[n][3] = oscillatorSin[n][0];
+            }
+            continue;
+        }
+        // The rotation per sample changes only with the frequency.
+        if (i != stepIncrement[c]) {
+            float w = i * kTwoPi;
+            float h = std::sin(w * 0.5f) * 1.4142135f;
+            stepIncrement[c] = i;
+            stepSin[c] = std::sin(w);
+            stepSquare[c] = h * h;
+        }
+        const float q = stepSin[c];
+        const float k = stepSquare[c];
         float angle = p * kTwoPi;
-        float w = i * kTwoPi;
         float co = std::cos(angle);
         float si = std::sin(angle);
-        float q = std::sin(w);
-        float h = std::sin(w * 0.5f) * 1.4142135f;
-        float k = h * h;
         for (int n = 0; n < kFrameSize; ++n) {
             oscillatorCos[n][c] = oscillatorCos[n][c + 2] = co;
             oscillatorSin[n][c] = oscillatorSin[n][c + 2] = si;
@@ -518,7 +543,6 @@ void ShifterEngine::oscillatorTables() {
             co = nextCos;
             si = nextSin;
         }
-        oscillatorPhase[c] = wrapCycles(p + i * 8.0f);
     }
 }
 
@@ -582,7 +606,7 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
         top = std::max({top, std::fabs(xl), std::fabs(xr)});
     };
     // From the delay's output to the shifter's input: noise, smear, low-pass and high-pass.
-    auto filter = [&](float& l, float& r) {
+    auto filter = [&](float& l, float& r) __attribute__((always_inline)) {
         // Anti-denormal noise, opposite on the two sides.
         l += tables.noise[noise];
         r -= tables.noise[noise];
