@@ -2,11 +2,12 @@
 // through Tidewake, built in, with a program and parameter settings. With no input it
 // renders the demo phrase.
 //
-//   tidewake-render [input] [-o output] [--program N] [--set NAME=VALUE]...
+//   tidewake-render [input] [-o output] [--program N] [--param NAME=VALUE]... [--set NAME=TEXT]...
 //                   [--tempo BPM] [--stopped] [--note N] [--tail SECONDS] [--rate R] [--bypass]
 //
-// NAME is a parameter's name (delayTime, feedbackAmount ...) or its label ("Delay Time"),
-// VALUE its setting from 0 to 1. Output defaults to tidewake.wav.
+// NAME is a parameter's name (delayTime, feedbackAmount ...) or its label ("Delay Time");
+// VALUE its setting from 0 to 1, TEXT its setting as the plug-in shows it ("250 ms").
+// Output defaults to tidewake.wav.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -28,14 +29,18 @@ struct Options {
     int program = -1, rate = 48000, note = -1;
     double tail = 4.0;
     bool bypass = false;
-    std::vector<std::pair<std::string, float>> settings;
+    struct Setting {
+        std::string key, value;
+        bool text;  // --set: the value is text for the plug-in to read
+    };
+    std::vector<Setting> settings;
     HostedPlugin::Transport transport;
 };
 
 [[noreturn]] void usage(const std::string& problem) {
     std::fprintf(stderr,
                  "tidewake-render: %s\n"
-                 "usage: tidewake-render [input] [-o output] [--program N] [--set NAME=VALUE]...\n"
+                 "usage: tidewake-render [input] [-o output] [--program N] [--param NAME=VALUE]... [--set NAME=TEXT]...\n"
                  "                       [--tempo BPM] [--stopped] [--note N] [--tail SECONDS] [--rate R] [--bypass]\n",
                  problem.c_str());
     std::exit(2);
@@ -60,13 +65,11 @@ Options parse(int argc, char** argv) {
             o.output = next();
         } else if (a == "--program") {
             o.program = static_cast<int>(number(next(), "--program"));
-        } else if (a == "--set") {
+        } else if (a == "--param" || a == "--set") {
             std::string kv = next();
             size_t eq = kv.find('=');
-            if (eq == std::string::npos) usage("--set wants NAME=VALUE: " + kv);
-            double v = number(kv.substr(eq + 1), "--set");
-            if (v < 0 || v > 1) usage("settings lie in 0 to 1: " + kv);
-            o.settings.emplace_back(kv.substr(0, eq), static_cast<float>(v));
+            if (eq == std::string::npos) usage(a + " wants NAME=" + (a == "--set" ? "TEXT: " : "VALUE: ") + kv);
+            o.settings.push_back({kv.substr(0, eq), kv.substr(eq + 1), a == "--set"});
         } else if (a == "--tempo") {
             o.transport.tempo = number(next(), "--tempo");
         } else if (a == "--stopped") {
@@ -116,7 +119,18 @@ void render(const Options& o) {
         if (o.program >= plugin.effect().numPrograms) throw std::runtime_error("no program " + std::to_string(o.program));
         plugin.dispatch(vst2::effSetProgram, 0, o.program);
     }
-    for (const auto& [key, value] : o.settings) plugin.effect().setParameter(&plugin.effect(), hostIndex(plugin, key), value);
+    for (const Options::Setting& s : o.settings) {
+        int index = hostIndex(plugin, s.key);
+        float value = 0.0f;
+        if (s.text) {
+            if (!plugin.textToValue(index, s.value, value)) throw std::runtime_error("cannot read " + s.value + " for " + s.key);
+        } else {
+            double v = number(s.value, "--param");
+            if (v < 0 || v > 1) throw std::runtime_error("--param values lie in 0 to 1: " + s.value);
+            value = static_cast<float>(v);
+        }
+        plugin.effect().setParameter(&plugin.effect(), index, value);
+    }
     if (o.bypass) plugin.dispatch(vst2::effSetBypass, 0, 1);
     plugin.resume();
 
