@@ -38,7 +38,6 @@ uint32_t powerOfTwoAbove(uint32_t n, uint32_t limit) {
     return size;
 }
 
-
 float noteLengthsPerWhole(int entry) {
     return static_cast<float>(kNoteDenominators[entry]) / static_cast<float>(kNoteNumerators[entry]);
 }

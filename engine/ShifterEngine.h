@@ -35,7 +35,6 @@ public:
     float delaySamples(int channel) const { return delay[channel]; }
     float hilbertRotation() const { return rotate ? rotationAngle : 0.0f; }
     int hilbertRingSize() const { return static_cast<int>(ringMask) + 1; }
-    bool isSilent() const { return silent; }
 
 private:
     void clearLoop();
