@@ -165,12 +165,20 @@ private:
             put(spans, i, std::uint32_t(n) | solidFlags(*dst), dst);
             return;
         }
+        // A second input that answered in place reads from the destination itself; the
+        // loops are kept apart so that neither needs an overlap check to be vectorised.
         if (a.solid) {
             const First v = a.value;
-            for (std::int32_t k = 0; k < n; ++k) dst[k] = Policy::op(v, secondPtr[k]);
+            if (secondPtr == dst) {
+                for (std::int32_t k = 0; k < n; ++k) dst[k] = Policy::op(v, dst[k]);
+            } else {
+                for (std::int32_t k = 0; k < n; ++k) dst[k] = Policy::op(v, secondPtr[k]);
+            }
         } else if (b.solid) {
             const Out v = b.value;
             for (std::int32_t k = 0; k < n; ++k) dst[k] = Policy::op(firstPtr[k], v);
+        } else if (secondPtr == dst) {
+            for (std::int32_t k = 0; k < n; ++k) dst[k] = Policy::op(firstPtr[k], dst[k]);
         } else {
             for (std::int32_t k = 0; k < n; ++k) dst[k] = Policy::op(firstPtr[k], secondPtr[k]);
         }

@@ -170,7 +170,7 @@ void PolygonMask::accumulate(std::int32_t x, std::int32_t length) {
         const std::int64_t l = left >> 8, r = right >> 8;
         const std::int64_t fl = left & 255, fr = right & 255;
         const std::int64_t cov = s.cover;
-        if (l >= length) continue;
+        if (l >= length) break;  // the edges are in order of their left pixel
         if (r < 0) {
             delta[0] += std::uint32_t(cov);
         } else if (l == r) {
@@ -218,9 +218,12 @@ void PolygonMask::sweep(std::int32_t x, std::int32_t length, SpanBuffer8& out) {
     const auto solidUpTo = [&](std::int32_t end) {
         acc += delta[pos];
         delta[pos] = 0;
-        const std::int32_t value = std::int32_t(acc);
-        std::uint8_t byte;
-        rule_.process(1, &value, &byte);
+        // Outside (0) and inside once (+-0x10000) are the same under both rules.
+        std::uint8_t byte = acc == 0 ? 0 : 255;
+        if (acc != 0 && acc != 0x10000u && acc != 0xFFFF0000u) {
+            const std::int32_t value = std::int32_t(acc);
+            rule_.process(1, &value, &byte);
+        }
         out.appendSolid(end - pos, &kBytes.values[byte]);
         pos = end;
     };
@@ -238,7 +241,8 @@ void PolygonMask::sweep(std::int32_t x, std::int32_t length, SpanBuffer8& out) {
     for (std::size_t k = firstActive_; k < nextToActivate_; ++k) {
         const PolygonSegment& s = *active_[k];
         const std::int64_t l = s.leftPixel - origin, r = s.rightPixel - origin;
-        if (r < 0 || l >= length) continue;
+        if (l >= length) break;
+        if (r < 0) continue;
         const std::int32_t from = std::int32_t(std::max<std::int64_t>(l, 0));
         const std::int32_t to = std::int32_t(std::min<std::int64_t>(r, length - 1));
         if (start >= 0 && from <= stop + 4) {

@@ -12,6 +12,8 @@ constexpr double kFlatness = 0.707;
 constexpr double kTwoPi = 2 * std::numbers::pi;
 // Protects against absurd coordinates; an ordinary curve takes a few dozen pieces.
 constexpr double kMaxCurveSegments = 4096;
+// Sweeps of many turns (only absurd input asks for them) stop adding points after this many.
+constexpr double kMaxArcSteps = 65536;
 
 std::int32_t segmentCount(double root) {
     const double n = std::trunc(root + 0.5) + 1;
@@ -95,7 +97,8 @@ void VectorPath::arcSweep(double cx, double cy, double sweep, double aspect, dou
     const double c = std::cos(step), s = std::copysign(std::sin(step), sweep);
     const double limit = std::fabs(sweep) - 1e-8;
     double vx = vx0, vy = vy0;
-    for (double angle = step; angle < limit; angle += step) {
+    const double last = std::min(limit, step * kMaxArcSteps);
+    for (double angle = step; angle < last; angle += step) {
         const double nx = vx * c - vy * s;
         vy = vx * s + vy * c;
         vx = nx;
