@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Bytes in(data, size);
     const double quality = in.positive(0.01, 8);
     tw::VectorPath path;
-    for (int count = 0; !in.empty() && count < 120; ++count) {
+    for (int count = 0; !in.empty() && count < 64; ++count) {
         switch (in.byte() % 9) {
         case 0: path.moveTo(in.coordinate(), in.coordinate()); break;
         case 1:
@@ -81,7 +81,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (in.byte() & 1) path.dash(in.positive(0, 20), in.positive(0, 20), in.positive(-40, 40));
     path.stroke(in.positive(0, 12), tw::StrokeCaps(in.byte() % 3), tw::StrokeJoints(in.byte() % 3), in.positive(1, 10), quality);
 
-    tw::PolygonMask mask(path, tw::IntRect{-10, -10, 300, 60}, tw::FillRule::nonZero());
+    tw::PolygonMask mask(path, tw::IntRect{-10, -10, 160, 40}, tw::FillRule::nonZero());
     const tw::IntRect b = mask.calcBounds();
     tw::Span8 spans[tw::kMaxSpanLength];
     std::uint8_t pixels[tw::kMaxSpanLength];
