@@ -6,8 +6,10 @@
 #include "graphics/GammaFilter8.h"
 #include "graphics/LinearRamp8.h"
 #include "graphics/Lookup8to32.h"
+#include "graphics/Multiplier.h"
 #include "graphics/OpacityCoverage.h"
 #include "graphics/RadialRamp8.h"
+#include "graphics/Solid.h"
 
 namespace tw {
 
@@ -34,74 +36,66 @@ std::vector<GradientStop> rampOrder(std::span<const GradientStop> stops) {
     return r;
 }
 
-struct RadialGeometry {
-    Point centre;
-    double rx, ry;
-};
+// The last step of a gradient: the ramp through the table, times the coverage.
+void drawRamp(Renderer8& ramp, const GradientTable32& table, Renderer8& coverage, PaintTarget& target) {
+    Lookup8to32 colours(ramp, table.entries, table.allOpaque);
+    Multiplier32x8 pixels(colours, coverage);
+    target.drawPixels(pixels);
+}
 
-// The ellipse stays axis-aligned on the device: the matrix's rotation does not turn it.
-RadialGeometry radialGeometry(const Matrix& m, Point c, double rx, double ry) {
-    const Point centre = m.apply(c.x, c.y);
-    const Point ex = m.apply(c.x + rx, c.y), ey = m.apply(c.x, c.y + ry);
-    return {centre, std::hypot(ex.x - centre.x, ex.y - centre.y), std::hypot(ey.x - centre.x, ey.y - centre.y)};
+void drawRamp(Renderer8& ramp, const GradientTable8& table, Renderer8& coverage, PaintTarget& target) {
+    GammaFilter8 values(ramp, table.entries);
+    Multiplier8x8 mask(values, coverage);
+    target.drawMask(mask);
+}
+
+// A gradient that has collapsed to its first entry, scaled by the opacity.
+void drawFlat(const GradientTable32& table, std::uint8_t opacity, Renderer8& coverage, PaintTarget& target) {
+    Solid32 colour(scale32(table.entries[0], opacity));
+    Multiplier32x8 pixels(colour, coverage);
+    target.drawPixels(pixels);
+}
+
+void drawFlat(const GradientTable8& table, std::uint8_t opacity, Renderer8& coverage, PaintTarget& target) {
+    Solid8 value(mul8(opacity, table.entries[0]));
+    Multiplier8x8 mask(value, coverage);
+    target.drawMask(mask);
 }
 
 }  // namespace
 
-void LinearColourPaint::draw(const PaintStyle& style, const Matrix& ctx, PaintTarget& target, const RealRect& shapeBounds,
-                             Renderer8& coverage) const {
+template <class Table>
+void LinearGradientPaint<Table>::draw(const PaintStyle& style, const Matrix& ctx, PaintTarget& target,
+                                      const RealRect& shapeBounds, Renderer8& coverage) const {
     LinearRamp8 ramp = linearRamp(effectivePaintMatrix(style, ctx, shapeBounds), p0_, p1_);
     OpacityCoverage scaled(coverage, style.opacity);
-    Lookup8to32 colours(ramp, table_.entries, table_.allOpaque);
-    Multiplier32x8 pixels(colours, scaled.get());
-    target.drawPixels(pixels);
+    drawRamp(ramp, table_, scaled.get(), target);
 }
 
-void LinearMaskPaint::draw(const PaintStyle& style, const Matrix& ctx, PaintTarget& target, const RealRect& shapeBounds,
-                           Renderer8& coverage) const {
-    LinearRamp8 ramp = linearRamp(effectivePaintMatrix(style, ctx, shapeBounds), p0_, p1_);
-    OpacityCoverage scaled(coverage, style.opacity);
-    GammaFilter8 values(ramp, table_.entries);
-    Multiplier8x8 mask(values, scaled.get());
-    target.drawMask(mask);
-}
-
-RadialColourPaint::RadialColourPaint(Point centre, double rx, double ry, std::span<const GradientStop> stops)
+template <class Table>
+RadialGradientPaint<Table>::RadialGradientPaint(Point centre, double rx, double ry, std::span<const GradientStop> stops)
     : centre_(centre), rx_(rx), ry_(ry), table_(rampOrder(stops)) {}
 
-void RadialColourPaint::draw(const PaintStyle& style, const Matrix& ctx, PaintTarget& target, const RealRect& shapeBounds,
-                             Renderer8& coverage) const {
-    const RadialGeometry g = radialGeometry(effectivePaintMatrix(style, ctx, shapeBounds), centre_, rx_, ry_);
-    if (g.rx == 0 || g.ry == 0) {
-        Solid32 colour(scale32(table_.entries[0], style.opacity));
-        Multiplier32x8 pixels(colour, coverage);
-        target.drawPixels(pixels);
+// The ellipse stays axis-aligned on the device: the matrix's rotation does not turn it.
+template <class Table>
+void RadialGradientPaint<Table>::draw(const PaintStyle& style, const Matrix& ctx, PaintTarget& target,
+                                      const RealRect& shapeBounds, Renderer8& coverage) const {
+    const Matrix m = effectivePaintMatrix(style, ctx, shapeBounds);
+    const Point c = m.apply(centre_.x, centre_.y);
+    const Point ex = m.apply(centre_.x + rx_, centre_.y), ey = m.apply(centre_.x, centre_.y + ry_);
+    const double rx = std::hypot(ex.x - c.x, ex.y - c.y), ry = std::hypot(ey.x - c.x, ey.y - c.y);
+    if (rx == 0 || ry == 0) {
+        drawFlat(table_, style.opacity, coverage, target);
         return;
     }
-    RadialRamp8 ramp(g.centre.x, g.centre.y, g.rx, g.ry);
+    RadialRamp8 ramp(c.x, c.y, rx, ry);
     OpacityCoverage scaled(coverage, style.opacity);
-    Lookup8to32 colours(ramp, table_.entries, table_.allOpaque);
-    Multiplier32x8 pixels(colours, scaled.get());
-    target.drawPixels(pixels);
+    drawRamp(ramp, table_, scaled.get(), target);
 }
 
-RadialMaskPaint::RadialMaskPaint(Point centre, double rx, double ry, std::span<const GradientStop> stops)
-    : centre_(centre), rx_(rx), ry_(ry), table_(rampOrder(stops)) {}
-
-void RadialMaskPaint::draw(const PaintStyle& style, const Matrix& ctx, PaintTarget& target, const RealRect& shapeBounds,
-                           Renderer8& coverage) const {
-    const RadialGeometry g = radialGeometry(effectivePaintMatrix(style, ctx, shapeBounds), centre_, rx_, ry_);
-    if (g.rx == 0 || g.ry == 0) {
-        Solid8 value(mul8(style.opacity, table_.entries[0]));
-        Multiplier8x8 mask(value, coverage);
-        target.drawMask(mask);
-        return;
-    }
-    RadialRamp8 ramp(g.centre.x, g.centre.y, g.rx, g.ry);
-    OpacityCoverage scaled(coverage, style.opacity);
-    GammaFilter8 values(ramp, table_.entries);
-    Multiplier8x8 mask(values, scaled.get());
-    target.drawMask(mask);
-}
+template class LinearGradientPaint<GradientTable32>;
+template class LinearGradientPaint<GradientTable8>;
+template class RadialGradientPaint<GradientTable32>;
+template class RadialGradientPaint<GradientTable8>;
 
 }  // namespace tw

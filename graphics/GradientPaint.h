@@ -1,7 +1,8 @@
 // Gradient paints: a ramp (the position along a linear axis, or the closeness to a radial
-// centre) looked up in a gradient table, in a colour and a mask flavour. Stops are given
-// in ascending position from 0 to 1, as written in the paint specification; for radial
-// gradients 0 is the centre and 1 the rim (the paint turns them round for its ramp).
+// centre) looked up in a gradient table. The colour flavour holds a table of colours and
+// draws pixels; the mask flavour holds a table of coverage bytes and draws masks. Stops
+// are given in ascending position from 0 to 1, as written in the paint specification; for
+// radial gradients 0 is the centre and 1 the rim (the paint turns them round for its ramp).
 #pragma once
 
 #include <span>
@@ -11,9 +12,10 @@
 
 namespace tw {
 
-class LinearColourPaint : public Paint {
+template <class Table>
+class LinearGradientPaint : public Paint {
 public:
-    LinearColourPaint(Point p0, Point p1, std::span<const GradientStop> stops) : p0_(p0), p1_(p1), table_(stops) {}
+    LinearGradientPaint(Point p0, Point p1, std::span<const GradientStop> stops) : p0_(p0), p1_(p1), table_(stops) {}
 
     bool isVisible() const override { return table_.visible; }
     void draw(const PaintStyle& style, const Matrix& ctx, PaintTarget& target, const RealRect& shapeBounds,
@@ -21,25 +23,13 @@ public:
 
 private:
     Point p0_, p1_;
-    GradientTable32 table_;
+    Table table_;
 };
 
-class LinearMaskPaint : public Paint {
+template <class Table>
+class RadialGradientPaint : public Paint {
 public:
-    LinearMaskPaint(Point p0, Point p1, std::span<const GradientStop> stops) : p0_(p0), p1_(p1), table_(stops) {}
-
-    bool isVisible() const override { return table_.visible; }
-    void draw(const PaintStyle& style, const Matrix& ctx, PaintTarget& target, const RealRect& shapeBounds,
-              Renderer8& coverage) const override;
-
-private:
-    Point p0_, p1_;
-    GradientTable8 table_;
-};
-
-class RadialColourPaint : public Paint {
-public:
-    RadialColourPaint(Point centre, double rx, double ry, std::span<const GradientStop> stops);
+    RadialGradientPaint(Point centre, double rx, double ry, std::span<const GradientStop> stops);
 
     bool isVisible() const override { return table_.visible; }
     void draw(const PaintStyle& style, const Matrix& ctx, PaintTarget& target, const RealRect& shapeBounds,
@@ -48,21 +38,17 @@ public:
 private:
     Point centre_;
     double rx_, ry_;
-    GradientTable32 table_;
+    Table table_;
 };
 
-class RadialMaskPaint : public Paint {
-public:
-    RadialMaskPaint(Point centre, double rx, double ry, std::span<const GradientStop> stops);
+using LinearColourPaint = LinearGradientPaint<GradientTable32>;
+using LinearMaskPaint = LinearGradientPaint<GradientTable8>;
+using RadialColourPaint = RadialGradientPaint<GradientTable32>;
+using RadialMaskPaint = RadialGradientPaint<GradientTable8>;
 
-    bool isVisible() const override { return table_.visible; }
-    void draw(const PaintStyle& style, const Matrix& ctx, PaintTarget& target, const RealRect& shapeBounds,
-              Renderer8& coverage) const override;
-
-private:
-    Point centre_;
-    double rx_, ry_;
-    GradientTable8 table_;
-};
+extern template class LinearGradientPaint<GradientTable32>;
+extern template class LinearGradientPaint<GradientTable8>;
+extern template class RadialGradientPaint<GradientTable32>;
+extern template class RadialGradientPaint<GradientTable8>;
 
 }  // namespace tw

@@ -15,9 +15,6 @@ struct IntRect {
     bool isEmpty() const { return width <= 0 || height <= 0; }
     std::int64_t right() const { return std::int64_t(left) + width; }
     std::int64_t bottom() const { return std::int64_t(top) + height; }
-    bool contains(std::int32_t x, std::int32_t y) const {
-        return x >= left && y >= top && x < right() && y < bottom();
-    }
     // Whether pixels x .. x+length-1 of row y touch the rectangle.
     bool touchesRow(std::int32_t x, std::int32_t y, std::int32_t length) const {
         return y >= top && y < bottom() && std::int64_t(x) + length > left && x < right();

@@ -76,20 +76,23 @@ std::shared_ptr<const Paint> PatternTarget::makePaint() {
     return std::make_shared<PatternMaskPaint>(mask_, resolution_);
 }
 
-void PatternColourPaint::draw(const PaintStyle& style, const Matrix& ctx, PaintTarget& target, const RealRect& shapeBounds,
-                              Renderer8& coverage) const {
-    Transformer32 texture(*raster_, true, samplingMatrix(style, ctx, shapeBounds, raster_->bounds(), resolution_));
+template <class Pixel>
+void PatternPaint<Pixel>::draw(const PaintStyle& style, const Matrix& ctx, PaintTarget& target, const RealRect& shapeBounds,
+                               Renderer8& coverage) const {
+    const Matrix sampling = samplingMatrix(style, ctx, shapeBounds, raster_->bounds(), resolution_);
     OpacityCoverage scaled(coverage, style.opacity);
-    Multiplier32x8 pixels(texture, scaled.get());
-    target.drawPixels(pixels);
+    if constexpr (sizeof(Pixel) == 4) {
+        Transformer32 texture(*raster_, true, sampling);
+        Multiplier32x8 pixels(texture, scaled.get());
+        target.drawPixels(pixels);
+    } else {
+        Transformer8 texture(*raster_, sampling);
+        Multiplier8x8 mask(texture, scaled.get());
+        target.drawMask(mask);
+    }
 }
 
-void PatternMaskPaint::draw(const PaintStyle& style, const Matrix& ctx, PaintTarget& target, const RealRect& shapeBounds,
-                            Renderer8& coverage) const {
-    Transformer8 texture(*raster_, samplingMatrix(style, ctx, shapeBounds, raster_->bounds(), resolution_));
-    OpacityCoverage scaled(coverage, style.opacity);
-    Multiplier8x8 mask(texture, scaled.get());
-    target.drawMask(mask);
-}
+template class PatternPaint<std::uint32_t>;
+template class PatternPaint<std::uint8_t>;
 
 }  // namespace tw

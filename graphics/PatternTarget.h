@@ -40,10 +40,12 @@ private:
     std::shared_ptr<Raster8> mask_;
 };
 
-// Tiles a colour raster drawn at `resolution` pixels per unit.
-class PatternColourPaint : public Paint {
+// Tiles a raster drawn at `resolution` pixels per unit: colours for colour targets,
+// coverage for mask targets.
+template <class Pixel>
+class PatternPaint : public Paint {
 public:
-    PatternColourPaint(std::shared_ptr<const Raster32> raster, std::int32_t resolution)
+    PatternPaint(std::shared_ptr<const Raster<Pixel>> raster, std::int32_t resolution)
         : raster_(std::move(raster)), resolution_(resolution) {}
 
     bool isVisible() const override { return raster_ != nullptr; }
@@ -51,23 +53,14 @@ public:
               Renderer8& coverage) const override;
 
 private:
-    std::shared_ptr<const Raster32> raster_;
+    std::shared_ptr<const Raster<Pixel>> raster_;
     std::int32_t resolution_;
 };
 
-// Tiles a mask raster drawn at `resolution` pixels per unit.
-class PatternMaskPaint : public Paint {
-public:
-    PatternMaskPaint(std::shared_ptr<const Raster8> raster, std::int32_t resolution)
-        : raster_(std::move(raster)), resolution_(resolution) {}
+using PatternColourPaint = PatternPaint<std::uint32_t>;
+using PatternMaskPaint = PatternPaint<std::uint8_t>;
 
-    bool isVisible() const override { return raster_ != nullptr; }
-    void draw(const PaintStyle& style, const Matrix& ctx, PaintTarget& target, const RealRect& shapeBounds,
-              Renderer8& coverage) const override;
-
-private:
-    std::shared_ptr<const Raster8> raster_;
-    std::int32_t resolution_;
-};
+extern template class PatternPaint<std::uint32_t>;
+extern template class PatternPaint<std::uint8_t>;
 
 }  // namespace tw

@@ -69,8 +69,6 @@ struct SpanBuffer {
     void appendTransparent(std::int32_t length) {
         append(std::uint32_t(length) | kSpanSolid, &kTransparentPixel<Pixel>);
     }
-    // Number of pixels answered since `mark`.
-    std::int32_t answeredSince(const Span<Pixel>* mark) const { return std::int32_t(spanCursor - mark); }
 };
 
 using Span32 = Span<std::uint32_t>;
