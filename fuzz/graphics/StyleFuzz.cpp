@@ -1,9 +1,11 @@
-// Feeds arbitrary text to every style value reader: colours, alignment, ellipsis sides,
-// cursors and blend modes.
+// Feeds arbitrary text to every style value reader: colours, strokes, corners, alignment,
+// ellipsis sides, cursors and blend modes.
 #include "graphics/BlendMode.h"
 #include "graphics/Color.h"
 #include "graphics/Cursor.h"
 #include "graphics/EllipsisSide.h"
+#include "graphics/Rounded.h"
+#include "graphics/Stroke.h"
 #include "graphics/TextAlignment.h"
 
 #include "platform/Exception.h"
@@ -27,6 +29,8 @@ void attempt(Step step) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string raw(reinterpret_cast<const char*>(data), size);
     attempt([&] { tw::parseColor(raw, 0xFF102030); });
+    attempt([&] { tw::parseStroke(raw, 0xFF000000); });
+    attempt([&] { tw::parseRounded(raw, tw::IntRect{0, 0, 200, 100}); });
     attempt([&] { tw::parseTextAlignment(raw, tw::TextAlignment::left); });
     attempt([&] { tw::parseEllipsisSide(raw, tw::EllipsisSide::none); });
     attempt([&] { tw::parseCursor(raw, tw::Cursor::arrow); });

@@ -2,6 +2,8 @@
 #include "graphics/Color.h"
 #include "graphics/Cursor.h"
 #include "graphics/EllipsisSide.h"
+#include "graphics/Rounded.h"
+#include "graphics/Stroke.h"
 #include "graphics/TextAlignment.h"
 
 #include "graphics/Failure.h"
@@ -111,4 +113,77 @@ TEST(StyleWords, UnknownCursorNames) {
     EXPECT_EQ(formatFailure([] { parseCursor("hanD", Cursor::arrow); }), "Unrecognized cursor: \"hanD\"");
     EXPECT_EQ(formatFailure([] { parseCursor("pointer", Cursor::arrow); }), "Unrecognized cursor: \"pointer\"");
     EXPECT_EQ(formatFailure([] { parseCursor("\"\"", Cursor::arrow); }), "Unrecognized cursor: \"\"");
+}
+
+TEST(ParseStroke, EmptyIsInvisibleAndAColourIsOnePixel) {
+    EXPECT_EQ(parseStroke("", 0xFF000000).width, 0);
+    const Stroke green = parseStroke("green", 0);
+    EXPECT_EQ(green.color, 0xFF008000u);
+    EXPECT_EQ(green.width, 1);
+    EXPECT_EQ(green.caps, StrokeCaps::butt);
+    EXPECT_EQ(green.joints, StrokeJoints::miter);
+    EXPECT_EQ(green.miterLimit, 2);
+    EXPECT_EQ(green.quality, 1);
+    EXPECT_EQ(green.gap, 0);
+    const Stroke mapped = parseStroke("{ color: \"green\" }", 0);
+    EXPECT_EQ(mapped.color, green.color);
+    EXPECT_EQ(mapped.width, green.width);
+    EXPECT_EQ(parseStroke("{ stroke: 2 }", 0xFF112233).color, 0xFF112233u);
+}
+
+TEST(ParseStroke, AllKeys) {
+    const Stroke s = parseStroke(
+        "{ color: red, stroke: 2.5, caps: round, joints: miter, miterLimit: 4, quality: 0.5, dash: 4, gap: 2,"
+        " dashOffset: 1 }",
+        0);
+    EXPECT_EQ(s.color, 0xFFFF0000u);
+    EXPECT_EQ(s.width, 2.5);
+    EXPECT_EQ(s.caps, StrokeCaps::round);
+    EXPECT_EQ(s.miterLimit, 4);
+    EXPECT_EQ(s.quality, 0.5);
+    EXPECT_EQ(s.dash, 4);
+    EXPECT_EQ(s.gap, 2);
+    EXPECT_EQ(s.dashOffset, 1);
+    EXPECT_EQ(parseStroke("{ caps: square, joints: bevel, miterLimit: 9 }", 0).caps, StrokeCaps::square);
+    // The limit is read for miter joints only.
+    EXPECT_EQ(parseStroke("{ joints: bevel, miterLimit: 9 }", 0).miterLimit, 2);
+    EXPECT_EQ(parseStroke("{ joints: curve }", 0).joints, StrokeJoints::curve);
+    // The gap follows the dash; "none" turns dashes off.
+    EXPECT_EQ(parseStroke("{ dash: 3 }", 0).gap, 3);
+    const Stroke none = parseStroke("{ dash: none, gap: -4 }", 0);
+    EXPECT_EQ(none.dash, 0);
+    EXPECT_EQ(none.gap, 0);
+}
+
+TEST(ParseStroke, Faults) {
+    EXPECT_EQ(formatFailure([] { parseStroke("{ stroke: -1 }", 0); }), "Invalid stroke: \"-1\"");
+    EXPECT_EQ(formatFailure([] { parseStroke("{ caps: flat }", 0); }), "Invalid caps: \"flat\"");
+    EXPECT_EQ(formatFailure([] { parseStroke("{ joints: Miter }", 0); }), "Invalid joints: \"Miter\"");
+    EXPECT_EQ(formatFailure([] { parseStroke("{ quality: 0 }", 0); }), "Invalid quality: \"0\"");
+    EXPECT_EQ(formatFailure([] { parseStroke("{ dash: 2-3 }", 0); }), "Invalid dash: \"2-3\"");
+    EXPECT_EQ(formatFailure([] { parseStroke("{ dash: 2, gap: -1 }", 0); }), "Invalid gap: \"-1\"");
+    EXPECT_EQ(formatFailure([] { parseStroke("{ dash: 2, dashOffset: -0.5 }", 0); }), "Invalid dashOffset: \"-0.5\"");
+    EXPECT_EQ(formatFailure([] { parseStroke("{ color: pink }", 0); }), "Invalid color: \"pink\"");
+    EXPECT_EQ(formatFailure([] { parseStroke("pink", 0); }), "Invalid color: \"pink\"");
+}
+
+TEST(ParseRounded, FixedRadiiOrAPercentage) {
+    const IntRect rect{0, 0, 200, 100};
+    const Rounded fixed = parseRounded("{ 3, 4 }", rect);
+    EXPECT_FALSE(fixed.relative);
+    double x = 0, y = 0;
+    fixed.radiiFor(IntRect{0, 0, 10, 10}, x, y);
+    EXPECT_EQ(x, 3);
+    EXPECT_EQ(y, 4);
+
+    const Rounded relative = parseRounded("20", rect);
+    EXPECT_TRUE(relative.relative);
+    EXPECT_EQ(relative.rx, 20);  // 20% of the half width
+    EXPECT_EQ(relative.ry, 10);
+    relative.radiiFor(IntRect{0, 0, 50, 40}, x, y);
+    EXPECT_EQ(x, 5);
+    EXPECT_EQ(y, 4);
+    EXPECT_EQ(parseRounded("150", rect).rx, 100);
+    EXPECT_EQ(parseRounded("-5", rect).rx, 0);
+    EXPECT_EQ(parseRounded("", rect).rx, 0);
 }

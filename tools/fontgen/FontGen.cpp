@@ -19,7 +19,9 @@
 namespace {
 
 constexpr int pageWidth = 256;
-constexpr int spacing = 1;  // blank pixels between glyphs in the page
+// Blank pixels between glyphs in the page. The .fnt's own "spacing" stays 0: readers of
+// the format add it to every advance.
+constexpr int spacing = 1;
 
 struct Glyph {
     unsigned code;
@@ -151,8 +153,8 @@ int main(int argc, char** argv) {
     char line[512];
     std::snprintf(line, sizeof line,
                   "info face=\"%s\" size=%d bold=%d italic=%d charset=\"\" unicode=1 stretchH=100 smooth=1 aa=1 "
-                  "padding=0,0,0,0 spacing=%d,%d\n",
-                  face->family_name ? face->family_name : "", pixelSize, bold, italic, spacing, spacing);
+                  "padding=0,0,0,0 spacing=0,0\n",
+                  face->family_name ? face->family_name : "", pixelSize, bold, italic);
     text += line;
     std::snprintf(line, sizeof line, "common lineHeight=%d base=%d scaleW=%d scaleH=%d pages=1 packed=0\n", lineHeight,
                   base, pageWidth, pageHeight);

@@ -1,0 +1,92 @@
+#include "graphics/ImageDecoder.h"
+
+#include "graphics/BlendImage.h"
+#include "graphics/Inverter.h"
+#include "graphics/Multiplier.h"
+#include "graphics/Optimizer.h"
+#include "graphics/PlainImage.h"
+#include "graphics/QvxPNG.h"
+#include "graphics/Rasterize.h"
+#include "graphics/Solid.h"
+
+#include <cmath>
+#include <vector>
+
+namespace tw {
+
+namespace {
+
+void rasterizeInPlace(Renderer32& renderer, Raster32& raster) {
+    rasterize32(renderer, raster, raster.bounds());
+}
+
+void rasterizeInPlace(Renderer8& renderer, Raster8& raster) {
+    rasterize8(renderer, raster, raster.bounds());
+}
+
+// Scales every pixel by the opacity, in place. For the multiply blend the picture fades
+// to white instead, which is what multiply leaves unchanged.
+template <class Pixel>
+void applyOpacity(Raster<Pixel>& raster, std::uint8_t opacity, BlendMode blend) {
+    Solid8 weight(opacity);
+    if constexpr (sizeof(Pixel) == 4) {
+        if (blend == BlendMode::multiply) {
+            Inverter32 inverted(raster);
+            Multiplier32x8 scaled(inverted, weight);
+            Inverter32 faded(scaled);
+            rasterizeInPlace(faded, raster);
+        } else {
+            Multiplier32x8 scaled(raster, weight);
+            rasterizeInPlace(scaled, raster);
+        }
+    } else {
+        if (blend == BlendMode::multiply) {
+            Inverter8 inverted(raster);
+            Multiplier8x8 scaled(weight, inverted);
+            Inverter8 faded(scaled);
+            rasterizeInPlace(faded, raster);
+        } else {
+            Multiplier8x8 scaled(weight, raster);
+            rasterizeInPlace(scaled, raster);
+        }
+    }
+    raster.setOpaque(false);
+}
+
+template <class Pixel>
+std::shared_ptr<Image> finish(Raster<Pixel>& raster, const ImageKey& key, std::uint8_t opacity) {
+    if (opacity < 255) applyOpacity(raster, opacity, key.blend);
+    if (!key.rle) return std::make_shared<PlainImage<Raster<Pixel>>>(raster);
+    Optimizer<Pixel> runs(raster);
+    RLERaster<Pixel> compressed(runs, raster.bounds());
+    return std::make_shared<PlainImage<RLERaster<Pixel>>>(compressed);
+}
+
+template <class Pixel>
+std::shared_ptr<Image> readPixels(QvxPNG& png, const ImageKey& key, std::uint8_t opacity) {
+    Raster<Pixel> raster(IntRect{0, 0, png.width(), png.height()});
+    std::vector<Pixel*> rows(std::size_t(png.height()));
+    for (std::int32_t y = 0; y < png.height(); ++y) rows[std::size_t(y)] = raster.at(0, y);
+    if constexpr (sizeof(Pixel) == 4) {
+        png.read32(rows.data());
+        raster.setOpaque(png.channels() == 1 || png.channels() == 3);
+    } else {
+        png.read8(rows.data());
+    }
+    return finish(raster, key, opacity);
+}
+
+}  // namespace
+
+std::shared_ptr<Image> decodeImage(const std::uint8_t* data, std::size_t size, const ImageKey& key) {
+    QvxPNG png(data, size);
+    if (key.gamma != 0) png.setGamma(key.gamma);
+    const double scaled = std::floor(key.opacity * 255 + 0.5);
+    const std::uint8_t opacity = scaled >= 255 ? 255 : scaled > 0 ? std::uint8_t(scaled) : 0;
+    std::shared_ptr<Image> image =
+        key.mask ? readPixels<std::uint8_t>(png, key, opacity) : readPixels<std::uint32_t>(png, key, opacity);
+    if (key.blend != BlendMode::normal) image = std::make_shared<BlendImage>(std::move(image), key.blend, 255);
+    return image;
+}
+
+}  // namespace tw
