@@ -10,6 +10,7 @@
 #include "graphics/Solid.h"
 
 #include <cmath>
+#include <type_traits>
 #include <vector>
 
 namespace tw {
@@ -24,31 +25,29 @@ void rasterizeInPlace(Renderer8& renderer, Raster8& raster) {
     rasterize8(renderer, raster, raster.bounds());
 }
 
+// A source scaled by a weight, in the argument order of each depth's multiplier.
+struct Scaled32 : Multiplier32x8 {
+    Scaled32(Renderer32& source, Renderer8& weight) : Multiplier32x8(source, weight) {}
+};
+struct Scaled8 : Multiplier8x8 {
+    Scaled8(Renderer8& source, Renderer8& weight) : Multiplier8x8(weight, source) {}
+};
+template <class Pixel>
+using Scaled = std::conditional_t<sizeof(Pixel) == 4, Scaled32, Scaled8>;
+
 // Scales every pixel by the opacity, in place. For the multiply blend the picture fades
 // to white instead, which is what multiply leaves unchanged.
 template <class Pixel>
 void applyOpacity(Raster<Pixel>& raster, std::uint8_t opacity, BlendMode blend) {
     Solid8 weight(opacity);
-    if constexpr (sizeof(Pixel) == 4) {
-        if (blend == BlendMode::multiply) {
-            Inverter32 inverted(raster);
-            Multiplier32x8 scaled(inverted, weight);
-            Inverter32 faded(scaled);
-            rasterizeInPlace(faded, raster);
-        } else {
-            Multiplier32x8 scaled(raster, weight);
-            rasterizeInPlace(scaled, raster);
-        }
+    if (blend == BlendMode::multiply) {
+        Inverter<Pixel> inverted(raster);
+        Scaled<Pixel> scaled(inverted, weight);
+        Inverter<Pixel> faded(scaled);
+        rasterizeInPlace(faded, raster);
     } else {
-        if (blend == BlendMode::multiply) {
-            Inverter8 inverted(raster);
-            Multiplier8x8 scaled(weight, inverted);
-            Inverter8 faded(scaled);
-            rasterizeInPlace(faded, raster);
-        } else {
-            Multiplier8x8 scaled(weight, raster);
-            rasterizeInPlace(scaled, raster);
-        }
+        Scaled<Pixel> scaled(raster, weight);
+        rasterizeInPlace(scaled, raster);
     }
     raster.setOpaque(false);
 }

@@ -69,36 +69,30 @@ void copyFrameArea(benchmark::State& state) {
 }
 BENCHMARK(copyFrameArea);
 
-void drawPlainFrame(benchmark::State& state) {
+// Draws successive indices of a film, `step` apart, at the same place.
+void drawFrames(benchmark::State& state, tw::Film& film, int step) {
     Fixture& f = fixture();
-    int frame = 0;
+    int index = 0;
     for (auto _ : state) {
-        f.plain.drawFrame(f.canvas, frame, 40, 20);
-        frame = (frame + 1) % kFrames;
+        film.drawFrame(f.canvas, index, 40, 20);
+        index = (index + step) % film.frameCount();
         benchmark::ClobberMemory();
     }
+}
+
+void drawPlainFrame(benchmark::State& state) {
+    drawFrames(state, fixture().plain, 1);
 }
 BENCHMARK(drawPlainFrame);
 
 void drawRLEFrame(benchmark::State& state) {
-    Fixture& f = fixture();
-    int frame = 0;
-    for (auto _ : state) {
-        f.rle.drawFrame(f.canvas, frame, 40, 20);
-        frame = (frame + 1) % kFrames;
-        benchmark::ClobberMemory();
-    }
+    drawFrames(state, fixture().rle, 1);
 }
 BENCHMARK(drawRLEFrame);
 
+// Steps that are not whole frames, so that two frames are always blended.
 void drawInterpolatedFrame(benchmark::State& state) {
-    Fixture& f = fixture();
-    int index = 0;
-    for (auto _ : state) {
-        f.smooth.drawFrame(f.canvas, index, 40, 20);
-        index = (index + 77) % f.smooth.frameCount();
-        benchmark::ClobberMemory();
-    }
+    drawFrames(state, fixture().smooth, 77);
 }
 BENCHMARK(drawInterpolatedFrame);
 
