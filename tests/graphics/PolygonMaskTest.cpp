@@ -88,7 +88,7 @@ TEST(PolygonMask, RandomPolygonsCoverTheirArea) {
         area = std::fabs(area) / 2;
         PolygonMask mask(p, kClip, trial % 2 ? FillRule::evenOdd() : FillRule::nonZero());
         const double covered = coverageArea(mask, trial % 3 ? 256 : 37);
-        EXPECT_NEAR(covered, area, 0.005 * area + 2) << "trial " << trial;
+        EXPECT_NEAR(covered, area, 0.0005 * area + 1) << "trial " << trial;
     }
 }
 
