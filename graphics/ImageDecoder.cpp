@@ -49,7 +49,6 @@ void applyOpacity(Raster<Pixel>& raster, std::uint8_t opacity, BlendMode blend) 
         Scaled<Pixel> scaled(raster, weight);
         rasterizeInPlace(scaled, raster);
     }
-    raster.setOpaque(false);
 }
 
 template <class Pixel>
@@ -63,12 +62,13 @@ std::shared_ptr<Image> finish(Raster<Pixel>& raster, const ImageKey& key, std::u
 
 template <class Pixel>
 std::shared_ptr<Image> readPixels(QvxPNG& png, const ImageKey& key, std::uint8_t opacity) {
-    Raster<Pixel> raster(IntRect{0, 0, png.width(), png.height()});
+    // A colour picture without alpha stays opaque unless it is made see-through.
+    const bool opaque = sizeof(Pixel) == 4 && (png.channels() == 1 || png.channels() == 3) && opacity == 255;
+    Raster<Pixel> raster(IntRect{0, 0, png.width(), png.height()}, opaque);
     std::vector<Pixel*> rows(std::size_t(png.height()));
     for (std::int32_t y = 0; y < png.height(); ++y) rows[std::size_t(y)] = raster.at(0, y);
     if constexpr (sizeof(Pixel) == 4) {
         png.read32(rows.data());
-        raster.setOpaque(png.channels() == 1 || png.channels() == 3);
     } else {
         png.read8(rows.data());
     }
