@@ -52,8 +52,8 @@ void PatternTarget::defineBounds(const IntRect& rect) {
     if (rect.width <= 0 || rect.height <= 0) throw Ketch::RunTimeException("Value out of range");
     const std::int64_t r = resolution_;
     const std::int64_t left = rect.left * r, top = rect.top * r, width = rect.width * r, height = rect.height * r;
-    // A tile is a small picture; this many pixels is a 4096 pixel square, 64 MB in colour.
-    const std::int64_t limit = 1 << 30, pixelLimit = 1 << 24;
+    // A tile is a small picture: a square of 1024 pixels, 4 MB in colour, is the most.
+    const std::int64_t limit = 1 << 30, pixelLimit = 1 << 20;
     if (left < -limit || top < -limit || width > limit || height > limit || left + width > limit || top + height > limit ||
         width * height > pixelLimit) {
         throw Ketch::RunTimeException("Value out of range");

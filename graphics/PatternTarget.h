@@ -24,7 +24,7 @@ public:
     void drawMask(Renderer8& mask) override;
     // Declares the pattern's rectangle in pattern units and allocates the raster, clear.
     // Throws "Multiple bounds declarations" the second time, "Value out of range" for a
-    // width or height that is not positive, or a raster of more than 2^24 pixels.
+    // width or height that is not positive, or a raster of more than 2^20 pixels.
     void defineBounds(const IntRect& rect) override;
     // The raster's rectangle, in device pixels of the sub-painter.
     IntRect getBounds() const override;
