@@ -15,10 +15,11 @@ std::uint32_t colour(std::string_view text) {
     return parseKeelColor(c.frame, text);
 }
 
-template <class E>
-std::string colourFault(std::string_view text) {
+// The message of the fault of type E that reading the value throws.
+template <class E, class Read>
+std::string faultReading(Read read) {
     try {
-        colour(text);
+        read();
     } catch (const E& e) {
         return e.message();
     }
@@ -26,13 +27,13 @@ std::string colourFault(std::string_view text) {
 }
 
 template <class E>
+std::string colourFault(std::string_view text) {
+    return faultReading<E>([text] { colour(text); });
+}
+
+template <class E>
 std::string opacityFault(std::string_view text) {
-    try {
-        parseKeelOpacity(text);
-    } catch (const E& e) {
-        return e.message();
-    }
-    return "<no fault of that type>";
+    return faultReading<E>([text] { parseKeelOpacity(text); });
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 //   keel-render picture.keel picture.png 100x100 [scale]
 #include "graphics/CanvasTarget.h"
 #include "graphics/PNGWriter.h"
+#include "platform/FileObject.h"
 #include "platform/KetchException.h"
 #include "vector/KeelPainter.h"
 #include "vector/KetchFrame.h"
@@ -16,21 +17,18 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <sstream>
 
 namespace {
 
+// The file's text, or false when it cannot be read.
 bool readFile(const std::filesystem::path& path, std::string& text) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
+    try {
+        text = tw::readWholeFile(tw::Path::parse(path.string()));
+        return true;
+    } catch (const tw::Exception&) {
         return false;
     }
-    std::ostringstream contents;
-    contents << in.rdbuf();
-    text = contents.str();
-    return true;
 }
 
 // A positive number, all of the text.
