@@ -3,15 +3,16 @@
 #include <cmath>
 #include <numbers>
 #include <ostream>
+#include <utility>
 
 #include "graphics/CoverageChain.h"
+#include "graphics/Inverter.h"
 #include "graphics/MaskTarget.h"
 #include "graphics/PatternTarget.h"
 #include "graphics/PolygonMask.h"
 #include "graphics/Solid.h"
 #include "graphics/SolidPaint.h"
 #include "graphics/SvgPath.h"
-#include "graphics/Inverter.h"
 #include "platform/KetchException.h"
 #include "vector/KeelColor.h"
 #include "vector/KeelGradient.h"
