@@ -34,7 +34,6 @@ public:
     std::int32_t stride() const { return stride_; }
     // Whether all pixels are known to be opaque.
     bool opaque() const { return opaque_; }
-    void setOpaque(bool opaque) { opaque_ = opaque; }
     // The pixel at absolute coordinates (x, y), which must lie inside the bounds.
     Pixel* at(std::int32_t x, std::int32_t y) {
         return pixels_ + (std::ptrdiff_t(y - bounds_.top) * stride_ + (x - bounds_.left));
