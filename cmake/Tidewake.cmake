@@ -54,3 +54,14 @@ function(tidewake_fuzz name)
   add_test(NAME fuzz_${name}
            COMMAND sh -c "mkdir -p '${scratch}' && exec '$<TARGET_FILE:fuzz_${name}>' -runs=${TIDEWAKE_FUZZ_RUNS} -max_len=65536 -timeout=10 -rss_limit_mb=2048 '${scratch}' ${seeds}")
 endfunction()
+
+# Adds every subfolder of the calling folder that has a CMakeLists.txt, so that a new
+# subsystem's tests, benchmarks, fuzz targets or tools need no edit of a shared file.
+macro(tidewake_add_subfolders)
+  file(GLOB _tidewake_subfolders LIST_DIRECTORIES true ${CMAKE_CURRENT_SOURCE_DIR}/*)
+  foreach(_tidewake_subfolder ${_tidewake_subfolders})
+    if(EXISTS ${_tidewake_subfolder}/CMakeLists.txt)
+      add_subdirectory(${_tidewake_subfolder})
+    endif()
+  endforeach()
+endmacro()

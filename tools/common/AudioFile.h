@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "tools/common/DemoSignal.h"
+#include "tools/common/AudioBuffer.h"
 
 namespace tw {
 

@@ -3,16 +3,9 @@
 // echoes can ring out. Made by code, the same every time.
 #pragma once
 
-#include <vector>
+#include "tools/common/AudioBuffer.h"
 
 namespace tw {
-
-struct AudioBuffer {
-    int sampleRate = 0;
-    int channels = 0;
-    std::vector<float> samples;  // interleaved
-    long frames() const { return channels ? static_cast<long>(samples.size()) / channels : 0; }
-};
 
 AudioBuffer makeDemoSignal(int sampleRate = 48000);
 

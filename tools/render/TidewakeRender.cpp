@@ -132,42 +132,7 @@ void render(const Options& o) {
         plugin.effect().setParameter(&plugin.effect(), index, value);
     }
     if (o.bypass) plugin.dispatch(vst2::effSetBypass, 0, 1);
-    plugin.resume();
-
-    // The plug-in runs one frame late; the output is moved back by that much.
-    const long latency = plugin.effect().initialDelay;
-    const long frames = input.frames();
-    const long total = frames + static_cast<long>(o.tail * input.sampleRate) + latency;
-    AudioBuffer output;
-    output.sampleRate = input.sampleRate;
-    output.channels = 2;
-    output.samples.assign(static_cast<size_t>((total - latency) * 2), 0.0f);
-    std::vector<float> in[2] = {std::vector<float>(block), std::vector<float>(block)};
-    std::vector<float> out[2] = {std::vector<float>(block), std::vector<float>(block)};
-    float* ins[2] = {in[0].data(), in[1].data()};
-    float* outs[2] = {out[0].data(), out[1].data()};
-    for (long position = 0; position < total; position += block) {
-        int n = static_cast<int>(std::min<long>(block, total - position));
-        for (int c = 0; c < 2; ++c) {
-            // A mono file feeds both inputs.
-            int source = std::min(c, input.channels - 1);
-            for (int k = 0; k < n; ++k) {
-                long at = position + k;
-                in[c][k] = at < frames ? input.samples[static_cast<size_t>(at * input.channels + source)] : 0.0f;
-            }
-        }
-        if (o.note >= 0 && position == 0) plugin.queueMidi(0, 0x90, static_cast<unsigned char>(o.note), 100);
-        if (o.note >= 0 && position <= frames && frames < position + n)
-            plugin.queueMidi(static_cast<int>(frames - position), 0x80, static_cast<unsigned char>(o.note), 0);
-        plugin.process(ins, outs, n);
-        for (int k = 0; k < n; ++k) {
-            long at = position + k - latency;
-            if (at < 0) continue;
-            output.samples[static_cast<size_t>(at * 2)] = out[0][k];
-            output.samples[static_cast<size_t>(at * 2 + 1)] = out[1][k];
-        }
-    }
-    plugin.suspend();
+    AudioBuffer output = plugin.render(input, {o.note, o.tail, false, o.output});
     writeAudioFile(o.output, output);
     std::printf("rendered %.2f s at %d Hz into %s\n", double(output.frames()) / output.sampleRate, output.sampleRate,
                 o.output.c_str());

@@ -1,8 +1,11 @@
 #include "tools/vst2host/HostedPlugin.h"
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <cctype>
+#include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <stdexcept>
 
@@ -206,6 +209,61 @@ void HostedPlugin::process(float** inputs, float** outputs, int frames) {
     effect_->processReplacing(effect_, inputs, outputs, frames);
     midi_.clear();  // the list stays valid until the block that follows it has run
     samplePosition_ += frames;
+}
+
+AudioBuffer HostedPlugin::render(const AudioBuffer& input, const RenderSettings& settings) {
+    const int ins = std::max(effect_->numInputs, 0), outs = std::max(effect_->numOutputs, 0);
+    if (outs == 0) throw std::runtime_error("the plug-in has no outputs");
+    if (input.channels < 1 || input.frames() == 0) throw std::runtime_error("the input holds no audio");
+    resume();
+
+    const int block = blockSize_;
+    const long latency = settings.keepLatency ? 0 : std::max(effect_->initialDelay, 0);
+    const long inputFrames = input.frames();
+    const long total = inputFrames + static_cast<long>(settings.tail * input.sampleRate) + latency;
+    AudioBuffer output;
+    output.sampleRate = input.sampleRate;
+    output.channels = outs;
+    output.samples.assign(static_cast<std::size_t>((total - latency) * outs), 0.0f);
+
+    std::vector<std::vector<float>> inBuffers(static_cast<std::size_t>(std::max(ins, 1)), std::vector<float>(static_cast<std::size_t>(block)));
+    std::vector<std::vector<float>> outBuffers(static_cast<std::size_t>(outs), std::vector<float>(static_cast<std::size_t>(block)));
+    std::vector<float*> inPointers, outPointers;
+    for (auto& b : inBuffers) inPointers.push_back(b.data());
+    for (auto& b : outBuffers) outPointers.push_back(b.data());
+
+    const bool progress = !settings.progressLabel.empty() && ::isatty(2) != 0;
+    int shown = -1;
+    for (long position = 0; position < total; position += block) {
+        int n = static_cast<int>(std::min<long>(block, total - position));
+        for (int c = 0; c < ins; ++c) {
+            // A mono file feeds every input; a wider one gives each input its own channel.
+            int source = std::min(c, input.channels - 1);
+            for (int k = 0; k < n; ++k) {
+                long frame = position + k;
+                inBuffers[static_cast<std::size_t>(c)][static_cast<std::size_t>(k)] =
+                    frame < inputFrames ? input.samples[static_cast<std::size_t>(frame * input.channels + source)] : 0.0f;
+            }
+        }
+        if (settings.note >= 0 && position == 0) queueMidi(0, 0x90, static_cast<unsigned char>(settings.note), 100);
+        if (settings.note >= 0 && position <= inputFrames && inputFrames < position + n)
+            queueMidi(static_cast<int>(inputFrames - position), 0x80, static_cast<unsigned char>(settings.note), 0);
+        process(inPointers.data(), outPointers.data(), n);
+        for (int c = 0; c < outs; ++c)
+            for (int k = 0; k < n; ++k) {
+                long frame = position + k - latency;
+                if (frame >= 0)
+                    output.samples[static_cast<std::size_t>(frame * outs + c)] = outBuffers[static_cast<std::size_t>(c)][static_cast<std::size_t>(k)];
+            }
+        int percent = static_cast<int>(100 * (position + n) / total);
+        if (progress && percent != shown) {
+            std::fprintf(stderr, "\rrendering %s: %3d%%", settings.progressLabel.c_str(), percent);
+            shown = percent;
+        }
+    }
+    if (progress) std::fprintf(stderr, "\n");
+    suspend();
+    return output;
 }
 
 }  // namespace tw

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/Vst2.h"
+#include "tools/common/AudioBuffer.h"
 
 namespace tw {
 
@@ -64,6 +65,16 @@ public:
     // Sends the queued events, then runs one block.
     void process(float** inputs, float** outputs, int frames);
     double samplePosition() const { return samplePosition_; }
+
+    struct RenderSettings {
+        int note = -1;              // a MIDI note held for the length of the input
+        double tail = 3.0;          // seconds rendered after the input ends
+        bool keepLatency = false;   // false: the output is moved back by the plug-in's latency
+        std::string progressLabel;  // shown on a terminal's standard error while rendering
+    };
+    // Runs the whole input through the plug-in, opened and set up by the caller, in blocks
+    // of the size given to open: resumes, renders input and tail, suspends.
+    AudioBuffer render(const AudioBuffer& input, const RenderSettings& settings);
 
 private:
     static vst2::intptr callback(vst2::AEffect* effect, vst2::int32 opcode, vst2::int32 index, vst2::intptr value,

@@ -14,8 +14,6 @@
 // 48000), --tempo BPM (default 120), --stopped (transport not running), --no-time (answer
 // no time information), --note N (hold a MIDI note for the length of the input),
 // --tail SECONDS (default 3), --raw (keep the plug-in's latency at the start).
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -207,64 +205,11 @@ void printInfo(HostedPlugin& plugin) {
 
 void render(HostedPlugin& plugin, const Options& o) {
     AudioBuffer input = o.input.empty() ? makeDemoSignal(o.rate) : readAudioFile(o.input);
-    if (input.channels < 1 || input.sampleRate < 1) throw std::runtime_error("the input holds no audio");
-    vst2::AEffect& e = plugin.effect();
-    const int ins = std::max(e.numInputs, 0), outs = std::max(e.numOutputs, 0);
-    if (outs == 0) throw std::runtime_error("the plug-in has no outputs");
-
+    if (input.sampleRate < 1) throw std::runtime_error("the input holds no audio");
     plugin.transport = o.transport;
     plugin.open(static_cast<float>(input.sampleRate), o.block);
     applySettings(plugin, o);
-    plugin.resume();
-
-    const long latency = o.raw ? 0 : std::max(e.initialDelay, 0);
-    const long inputFrames = input.frames();
-    const long total = inputFrames + static_cast<long>(o.tail * input.sampleRate) + latency;
-    AudioBuffer output;
-    output.sampleRate = input.sampleRate;
-    output.channels = outs;
-    output.samples.assign(static_cast<std::size_t>((total - latency) * outs), 0.0f);
-
-    std::vector<std::vector<float>> inBuffers(static_cast<std::size_t>(std::max(ins, 1)), std::vector<float>(static_cast<std::size_t>(o.block)));
-    std::vector<std::vector<float>> outBuffers(static_cast<std::size_t>(outs), std::vector<float>(static_cast<std::size_t>(o.block)));
-    std::vector<float*> inPointers, outPointers;
-    for (auto& b : inBuffers) inPointers.push_back(b.data());
-    for (auto& b : outBuffers) outPointers.push_back(b.data());
-
-    const bool progress = ::isatty(2) != 0;
-    int shown = -1;
-    bool noteOn = false;
-    for (long position = 0; position < total; position += o.block) {
-        int n = static_cast<int>(std::min<long>(o.block, total - position));
-        for (int c = 0; c < ins; ++c)
-            for (int k = 0; k < n; ++k) {
-                long frame = position + k;
-                // A mono file feeds every input; a wider one gives each input its own channel.
-                int source = std::min(c, input.channels - 1);
-                inBuffers[static_cast<std::size_t>(c)][static_cast<std::size_t>(k)] =
-                    frame < inputFrames ? input.samples[static_cast<std::size_t>(frame * input.channels + source)] : 0.0f;
-            }
-        if (o.note >= 0 && !noteOn) {
-            plugin.queueMidi(0, 0x90, static_cast<unsigned char>(o.note), 100);
-            noteOn = true;
-        }
-        if (o.note >= 0 && noteOn && position <= inputFrames && inputFrames < position + n)
-            plugin.queueMidi(static_cast<int>(inputFrames - position), 0x80, static_cast<unsigned char>(o.note), 0);
-        plugin.process(inPointers.data(), outPointers.data(), n);
-        for (int c = 0; c < outs; ++c)
-            for (int k = 0; k < n; ++k) {
-                long frame = position + k - latency;
-                if (frame >= 0)
-                    output.samples[static_cast<std::size_t>(frame * outs + c)] = outBuffers[static_cast<std::size_t>(c)][static_cast<std::size_t>(k)];
-            }
-        int percent = static_cast<int>(100 * (position + n) / total);
-        if (progress && percent != shown) {
-            std::fprintf(stderr, "\rrendering %s: %3d%%", o.output.c_str(), percent);
-            shown = percent;
-        }
-    }
-    if (progress) std::fprintf(stderr, "\n");
-    plugin.suspend();
+    AudioBuffer output = plugin.render(input, {o.note, o.tail, o.raw, o.output});
     writeAudioFile(o.output, output);
     std::printf("rendered %.2f s at %d Hz through %s into %s\n", double(output.frames()) / output.sampleRate,
                 output.sampleRate, plugin.effectName().c_str(), o.output.c_str());
