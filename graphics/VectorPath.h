@@ -64,9 +64,10 @@ public:
     // Replaces the path by the outline of its stroke, to be filled with the non-zero rule.
     void stroke(double width, StrokeCaps caps, StrokeJoints joints, double miterLimit, double quality);
     // Cuts the path into dashes; nothing happens when gap < 1e-8. A pattern so fine that
-    // it would make more than kMaxDashes pieces is also left alone.
+    // it would make more than kMaxDashes pieces is also left alone: no picture wants
+    // that many, and stroking them would stall the view that draws it.
     void dash(double dash, double gap, double offset);
-    static constexpr double kMaxDashes = 1 << 20;
+    static constexpr double kMaxDashes = 1 << 14;
 
     RealRect bounds() const;
     // Floor of the low sides, ceiling of the high sides.
