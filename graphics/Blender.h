@@ -4,6 +4,7 @@
 #pragma once
 
 #include "graphics/Combiner.h"
+#include "graphics/PixelRuns.h"
 
 namespace tw {
 
@@ -28,6 +29,13 @@ struct BlendPolicy {
         }
     }
     static bool computedOpaque(const SpanPiece<Pixel>&, const SpanPiece<Pixel>& bottom) { return bottom.opaque; }
+    // Colour runs go four pixels at a time.
+    template <class Top, class Bottom>
+    static void run(Top top, Bottom bottom, Pixel* dst, std::int32_t n)
+        requires(sizeof(Pixel) == 4)
+    {
+        overRun(top, bottom, dst, n);
+    }
 };
 
 class Blender32 : public Combiner<BlendPolicy<std::uint32_t>> {

@@ -32,6 +32,8 @@ class Combiner : public Renderer<typename Policy::Out> {
 public:
     using First = typename Policy::First;
     using Out = typename Policy::Out;
+    // A policy may compute whole runs itself (in SIMD) instead of pixel by pixel.
+    static constexpr bool kHasRuns = requires(const First* a, const Out* b, Out* d) { Policy::run(a, b, d, 0); };
 
     Combiner(Renderer<First>& first, Renderer<Out>& second)
         : first_(first), second_(second), firstBounds_(first.calcBounds()), secondBounds_(second.calcBounds()),
@@ -59,53 +61,71 @@ public:
     }
 
 private:
+    static constexpr bool kSameType = std::is_same_v<First, Out>;
+
     static void put(Span<Out>* spans, std::int32_t position, std::uint32_t lengthFlags, const Out* pixels) {
         spans[position] = Span<Out>{lengthFlags, pixels};
         spans[position + std::int32_t(lengthFlags & kSpanLengthMask) - 1] = Span<Out>{lengthFlags, pixels};
     }
 
-    // Answers the first's spans in [from, to) that decide alone.
-    void putAlone(Span<Out>* spans, std::int32_t from, std::int32_t to) {
+    // Answers the first's spans in [from, to) that decide alone. Of one pixel type and
+    // not joined, they already stand in the output.
+    static void putAlone(Span<Out>* spans, const Span<First>* firstSpans, std::int32_t from, std::int32_t to) {
         if (from >= to) return;
         if constexpr (Policy::kJoinAlone) {
             const Out& value = Policy::kAloneValue;
             put(spans, from, std::uint32_t(to - from) | solidFlags(value), &value);
-        } else if constexpr (std::is_same_v<First, Out>) {
-            for (std::int32_t i = from; i < to; i += firstSpans_[i].length()) {
-                put(spans, i, firstSpans_[i].lengthFlags, firstSpans_[i].pixels);
-            }
+        } else if constexpr (kSameType) {
+            (void)firstSpans;
         }
     }
 
+    // With one pixel type, the first's spans are written where the answer goes and the
+    // second's into our own array; otherwise the first's go to our array and the
+    // second's into the answer. Either way the merge writes the answer over entries it
+    // has read: a result never ends beyond the span it came from.
     void combine(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer<Out>& out) {
-        SpanBuffer<First> firstOut(firstSpans_, firstPixels_);
+        Span<Out>* spans = out.spanCursor;
+        Out* pixels = out.pixelCursor;
+        Span<First>* firstSpans;
+        Span<Out>* secondSpans;
+        if constexpr (kSameType) {
+            firstSpans = spans;
+            secondSpans = firstSpans_;
+        } else {
+            firstSpans = firstSpans_;
+            secondSpans = spans;
+        }
+        SpanBuffer<First> firstOut(firstSpans, firstPixels_);
         first_.render(x, y, length, firstOut);
-        const Span<First> whole = firstSpans_[0];
+        const Span<First> whole = firstSpans[0];
         if (whole.length() == length && whole.solid() && Policy::forwardsSecond(*whole.pixels)) {
             second_.render(x, y, length, out);
             return;
         }
-        Span<Out>* spans = out.spanCursor;
-        Out* pixels = out.pixelCursor;
         std::int32_t lead = 0;
-        while (lead < length && Policy::alone(firstSpans_[lead])) lead += firstSpans_[lead].length();
+        while (lead < length && Policy::alone(firstSpans[lead])) lead += firstSpans[lead].length();
         std::int32_t tail = length;
-        while (tail > lead && Policy::alone(firstSpans_[tail - 1])) tail -= firstSpans_[tail - 1].length();
-        putAlone(spans, 0, lead);
+        while (tail > lead && Policy::alone(firstSpans[tail - 1])) tail -= firstSpans[tail - 1].length();
+        putAlone(spans, firstSpans, 0, lead);
         if (lead < tail) {
-            SpanBuffer<Out> middle(spans + lead, pixels + lead);
+            SpanBuffer<Out> middle(secondSpans + lead, pixels + lead);
             second_.render(x + lead, y, tail - lead, middle);
-            merge(spans, pixels, lead, tail);
+            if (secondSpans[lead].length() == tail - lead) {
+                mergeWithOne(firstSpans, secondSpans[lead], spans, pixels, lead, tail);
+            } else {
+                merge(firstSpans, secondSpans, spans, pixels, lead, tail);
+            }
         }
-        putAlone(spans, tail, length);
+        putAlone(spans, firstSpans, tail, length);
         out.spanCursor = spans + length;
         out.pixelCursor = pixels + length;
     }
 
-    // Merges the first's spans with the second's, which lie in the output at the same
-    // positions. A solid value is read when its span is reached, since computed pixels
-    // may overwrite the place it was kept in.
-    void merge(Span<Out>* spans, Out* pixels, std::int32_t from, std::int32_t to) {
+    // Merges the two span lists pairwise. A solid value is read when its span is reached,
+    // since computed pixels may overwrite the place it was kept in.
+    static void merge(const Span<First>* firstSpans, const Span<Out>* secondSpans, Span<Out>* spans, Out* pixels,
+                      std::int32_t from, std::int32_t to) {
         std::int32_t firstLeft = 0, secondLeft = 0;
         std::uint32_t firstFlags = 0, secondFlags = 0;
         const First* firstPtr = nullptr;
@@ -114,14 +134,14 @@ private:
         SpanPiece<Out> b{};
         for (std::int32_t i = from; i < to;) {
             if (firstLeft == 0) {
-                const Span<First> s = firstSpans_[i];
+                const Span<First> s = firstSpans[i];
                 firstLeft = s.length();
                 firstFlags = s.lengthFlags & ~kSpanLengthMask;
                 firstPtr = s.pixels;
                 a = SpanPiece<First>{s.solid(), s.opaque(), s.solid() ? *s.pixels : First(0)};
             }
             if (secondLeft == 0) {
-                const Span<Out> s = spans[i];
+                const Span<Out> s = secondSpans[i];
                 secondLeft = s.length();
                 secondFlags = s.lengthFlags & ~kSpanLengthMask;
                 secondPtr = s.pixels;
@@ -130,7 +150,7 @@ private:
             const std::int32_t n = std::min(firstLeft, secondLeft);
             switch (Policy::pick(a, b)) {
             case PairResult::First:
-                if constexpr (std::is_same_v<First, Out>) put(spans, i, std::uint32_t(n) | firstFlags, firstPtr);
+                if constexpr (kSameType) put(spans, i, std::uint32_t(n) | firstFlags, firstPtr);
                 break;
             case PairResult::Second:
                 if (b.solid) {
@@ -158,6 +178,43 @@ private:
         }
     }
 
+    // The same for a second input that answered one span for the whole stretch, as a
+    // solid colour or a canvas does: only the first's spans need walking.
+    static void mergeWithOne(const Span<First>* firstSpans, const Span<Out> s, Span<Out>* spans, Out* pixels,
+                             std::int32_t from, std::int32_t to) {
+        const std::uint32_t secondFlags = s.lengthFlags & ~kSpanLengthMask;
+        const SpanPiece<Out> b{s.solid(), s.opaque(), s.solid() ? *s.pixels : Out(0)};
+        for (std::int32_t i = from; i < to;) {
+            const Span<First> f = firstSpans[i];
+            const std::int32_t n = f.length();
+            const SpanPiece<First> a{f.solid(), f.opaque(), f.solid() ? *f.pixels : First(0)};
+            const Out* secondPtr = b.solid ? s.pixels : s.pixels + (i - from);
+            switch (Policy::pick(a, b)) {
+            case PairResult::First:
+                if constexpr (kSameType) put(spans, i, f.lengthFlags, f.pixels);
+                break;
+            case PairResult::Second:
+                if (b.solid) {
+                    pixels[i] = b.value;
+                    put(spans, i, std::uint32_t(n) | secondFlags, pixels + i);
+                } else {
+                    put(spans, i, std::uint32_t(n) | secondFlags, secondPtr);
+                }
+                break;
+            case PairResult::Zero:
+                put(spans, i, std::uint32_t(n) | kSpanSolid, &kTransparentPixel<Out>);
+                break;
+            case PairResult::Full:
+                put(spans, i, std::uint32_t(n) | kSpanSolid | kSpanOpaque, &kFullPixel<Out>);
+                break;
+            case PairResult::Compute:
+                compute(spans, pixels + i, i, n, a, b, f.pixels, secondPtr);
+                break;
+            }
+            i += n;
+        }
+    }
+
     static void compute(Span<Out>* spans, Out* dst, std::int32_t i, std::int32_t n, const SpanPiece<First>& a,
                         const SpanPiece<Out>& b, const First* firstPtr, const Out* secondPtr) {
         if (a.solid && b.solid) {
@@ -165,9 +222,17 @@ private:
             put(spans, i, std::uint32_t(n) | solidFlags(*dst), dst);
             return;
         }
-        // A second input that answered in place reads from the destination itself; the
-        // loops are kept apart so that neither needs an overlap check to be vectorised.
-        if (a.solid) {
+        if constexpr (kHasRuns) {
+            if (a.solid) {
+                Policy::run(a.value, secondPtr, dst, n);
+            } else if (b.solid) {
+                Policy::run(firstPtr, b.value, dst, n);
+            } else {
+                Policy::run(firstPtr, secondPtr, dst, n);
+            }
+        } else if (a.solid) {
+            // A second input that answered in place reads from the destination itself; the
+            // loops are kept apart so that neither needs an overlap check to be vectorised.
             const First v = a.value;
             if (secondPtr == dst) {
                 for (std::int32_t k = 0; k < n; ++k) dst[k] = Policy::op(v, dst[k]);
@@ -190,7 +255,7 @@ private:
     IntRect firstBounds_;
     IntRect secondBounds_;
     IntRect bounds_;
-    Span<First> firstSpans_[kMaxSpanLength];
+    Span<First> firstSpans_[kMaxSpanLength];  // the first's spans, or with one pixel type the second's
     First firstPixels_[kMaxSpanLength];
 };
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "graphics/Combiner.h"
+#include "graphics/PixelRuns.h"
 
 namespace tw {
 
@@ -45,6 +46,13 @@ struct MultiplyPolicy {
         }
     }
     static bool computedOpaque(const SpanPiece<First>&, const SpanPiece<Out>&) { return false; }
+    // A colour by a coverage goes four pixels at a time.
+    template <class Mask, class Colour>
+    static void run(Mask mask, Colour colour, Out* dst, std::int32_t n)
+        requires(sizeof(First) == 1 && sizeof(Out) == 4)
+    {
+        scaleRun(colour, mask, dst, n);
+    }
 };
 
 // mul32(p, q) per pixel; p is rendered first.

@@ -216,18 +216,25 @@ void BlendOpaque_Cairo(benchmark::State& state) { blendCairo(state, true); }
 void BlendHalf_Ours(benchmark::State& state) { blendOurs(state, false); }
 void BlendHalf_Cairo(benchmark::State& state) { blendCairo(state, false); }
 
-BENCHMARK(Circle_Ours);
-BENCHMARK(Circle_Cairo);
-BENCHMARK(Star_Ours);
-BENCHMARK(Star_Cairo);
-BENCHMARK(DashedSpiral_Ours);
-BENCHMARK(DashedSpiral_Cairo);
-BENCHMARK(Gradient_Ours);
-BENCHMARK(Gradient_Cairo);
-BENCHMARK(BlendOpaque_Ours);
-BENCHMARK(BlendOpaque_Cairo);
-BENCHMARK(BlendHalf_Ours);
-BENCHMARK(BlendHalf_Cairo);
+struct Case {
+    const char* name;
+    void (*run)(benchmark::State&);
+};
+
+const Case kCases[] = {
+    {"Circle_Ours", Circle_Ours},
+    {"Circle_Cairo", Circle_Cairo},
+    {"Star_Ours", Star_Ours},
+    {"Star_Cairo", Star_Cairo},
+    {"DashedSpiral_Ours", DashedSpiral_Ours},
+    {"DashedSpiral_Cairo", DashedSpiral_Cairo},
+    {"Gradient_Ours", Gradient_Ours},
+    {"Gradient_Cairo", Gradient_Cairo},
+    {"BlendOpaque_Ours", BlendOpaque_Ours},
+    {"BlendOpaque_Cairo", BlendOpaque_Cairo},
+    {"BlendHalf_Ours", BlendHalf_Ours},
+    {"BlendHalf_Cairo", BlendHalf_Cairo},
+};
 
 // Prints the usual table, then our time over cairo's for each case.
 class RatioReporter : public benchmark::ConsoleReporter {
@@ -261,10 +268,25 @@ private:
 }  // namespace
 
 int main(int argc, char** argv) {
-    // Three repetitions by default; the ratio takes the fastest of each.
+    // Three repetitions by default; the ratio takes the fastest of each. "--iterations=N"
+    // instead runs each case once for exactly N iterations: under callgrind, two counts
+    // with different N give the instructions of one iteration without the setup.
     std::vector<char*> args(argv, argv + argc);
     char repetitions[] = "--benchmark_repetitions=3";
     args.insert(args.begin() + 1, repetitions);
+    std::int64_t iterations = 0;
+    for (auto it = args.begin(); it != args.end();) {
+        if (std::string(*it).starts_with("--iterations=")) {
+            iterations = std::stoll(*it + 13);
+            it = args.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    for (const Case& c : kCases) {
+        benchmark::internal::Benchmark* b = benchmark::RegisterBenchmark(c.name, c.run);
+        if (iterations > 0) b->Iterations(iterations)->Repetitions(1);
+    }
     int count = int(args.size());
     benchmark::Initialize(&count, args.data());
     RatioReporter reporter;
