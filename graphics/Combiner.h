@@ -1,14 +1,15 @@
 // The skeleton shared by the two-input renderers (Blender, Adder, Multiplier). The first
-// input is rendered into the combiner's own storage; the stretches at both ends that the
-// first input decides alone are answered without asking the second input, which is only
-// rendered, straight into the output, for the middle. The two span lists are then merged
-// pairwise, and a policy decides each pair: pass one side, a known constant, or compute.
+// input is rendered first; the stretches at both ends that it decides alone are answered
+// without asking the second input, which is only rendered, straight into the output,
+// for the middle. The two span lists are then merged pairwise, and a policy decides each
+// pair: pass one side, a known constant, or compute.
 #pragma once
 
 #include <algorithm>
 #include <type_traits>
 
-#include "graphics/Renderer.h"
+#include "graphics/Raster.h"
+#include "graphics/Solid.h"
 
 namespace tw {
 
@@ -26,18 +27,20 @@ enum class PairResult { First, Second, Zero, Full, Compute };
 // forwardsSecond(value) for a first input that is one solid span; alone(span) for the
 // first's spans that decide their pixels without the second, and kJoinAlone with
 // kAloneValue when such stretches become one solid span; pick(a, b); op(a, b); and
-// computedOpaque(a, b) for the opaque flag of computed spans.
+// computedOpaque(a, b) for the opaque flag of computed spans. It may add run(a, b, dst,
+// n) for whole runs (in SIMD), taking a solid side as a value.
 template <class Policy>
 class Combiner : public Renderer<typename Policy::Out> {
 public:
     using First = typename Policy::First;
     using Out = typename Policy::Out;
-    // A policy may compute whole runs itself (in SIMD) instead of pixel by pixel.
-    static constexpr bool kHasRuns = requires(const First* a, const Out* b, Out* d) { Policy::run(a, b, d, 0); };
 
+    // A second input that is a solid or a raster (a paint's colour, the canvas under a
+    // blend) is answered here rather than through a call for every request.
     Combiner(Renderer<First>& first, Renderer<Out>& second)
         : first_(first), second_(second), firstBounds_(first.calcBounds()), secondBounds_(second.calcBounds()),
-          bounds_(Policy::kUnion ? unionOf(firstBounds_, secondBounds_) : intersectionOf(firstBounds_, secondBounds_)) {}
+          bounds_(Policy::kUnion ? unionOf(firstBounds_, secondBounds_) : intersectionOf(firstBounds_, secondBounds_)),
+          solidSecond_(dynamic_cast<Solid<Out>*>(&second)), rasterSecond_(dynamic_cast<Raster<Out>*>(&second)) {}
 
     IntRect calcBounds() const override { return bounds_; }
 
@@ -45,14 +48,14 @@ public:
         if constexpr (Policy::kUnion) {
             const bool touchesFirst = firstBounds_.touchesRow(x, y, length);
             const bool touchesSecond = secondBounds_.touchesRow(x, y, length);
-            if (!touchesFirst && !touchesSecond) {
-                out.appendTransparent(length);
-            } else if (!touchesFirst) {
-                second_.render(x, y, length, out);
-            } else if (!touchesSecond) {
+            if (touchesFirst && touchesSecond) {
+                combine(x, y, length, out);
+            } else if (touchesSecond) {
+                renderSecond(x, y, length, out);
+            } else if (touchesFirst) {
                 first_.render(x, y, length, out);
             } else {
-                combine(x, y, length, out);
+                out.appendTransparent(length);
             }
         } else {
             renderWithin(bounds_, x, y, length, out,
@@ -62,29 +65,49 @@ public:
 
 private:
     static constexpr bool kSameType = std::is_same_v<First, Out>;
+    static constexpr bool kHasRuns = requires(const First* a, const Out* b, Out* d) { Policy::run(a, b, d, 0); };
 
     static void put(Span<Out>* spans, std::int32_t position, std::uint32_t lengthFlags, const Out* pixels) {
         spans[position] = Span<Out>{lengthFlags, pixels};
         spans[position + std::int32_t(lengthFlags & kSpanLengthMask) - 1] = Span<Out>{lengthFlags, pixels};
     }
 
-    // Answers the first's spans in [from, to) that decide alone. Of one pixel type and
-    // not joined, they already stand in the output.
-    static void putAlone(Span<Out>* spans, const Span<First>* firstSpans, std::int32_t from, std::int32_t to) {
-        if (from >= to) return;
+    // Joins the first's spans in [from, to) that decide alone into one, when the policy
+    // says so; otherwise, of one pixel type, they already stand in the answer.
+    static void putAlone(Span<Out>* spans, std::int32_t from, std::int32_t to) {
         if constexpr (Policy::kJoinAlone) {
-            const Out& value = Policy::kAloneValue;
-            put(spans, from, std::uint32_t(to - from) | solidFlags(value), &value);
-        } else if constexpr (kSameType) {
-            (void)firstSpans;
+            if (from < to) put(spans, from, std::uint32_t(to - from) | solidFlags(Policy::kAloneValue), &Policy::kAloneValue);
+        }
+    }
+
+    // The second input's answer when it is known to be one span: a solid, or a raster
+    // that holds the whole stretch.
+    [[gnu::always_inline]] bool oneSecondSpan(std::int32_t x, std::int32_t y, std::int32_t length, Span<Out>& span) const {
+        if (solidSecond_) {
+            span = Span<Out>{std::uint32_t(length) | solidFlags(solidSecond_->value()), &solidSecond_->value()};
+            return true;
+        }
+        if (rasterSecond_ && rasterSecond_->holds(x, y, length)) {
+            span = Span<Out>{std::uint32_t(length) | (rasterSecond_->opaque() ? kSpanOpaque : 0u), rasterSecond_->at(x, y)};
+            return true;
+        }
+        return false;
+    }
+
+    [[gnu::always_inline]] void renderSecond(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer<Out>& out) {
+        Span<Out> span;
+        if (oneSecondSpan(x, y, length, span)) {
+            out.append(span.lengthFlags, span.pixels);
+        } else {
+            second_.render(x, y, length, out);
         }
     }
 
     // With one pixel type, the first's spans are written where the answer goes and the
     // second's into our own array; otherwise the first's go to our array and the
     // second's into the answer. Either way the merge writes the answer over entries it
-    // has read: a result never ends beyond the span it came from.
-    void combine(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer<Out>& out) {
+    // has read: a result never ends beyond the spans it came from.
+    [[gnu::always_inline]] void combine(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer<Out>& out) {
         Span<Out>* spans = out.spanCursor;
         Out* pixels = out.pixelCursor;
         Span<First>* firstSpans;
@@ -100,24 +123,30 @@ private:
         first_.render(x, y, length, firstOut);
         const Span<First> whole = firstSpans[0];
         if (whole.length() == length && whole.solid() && Policy::forwardsSecond(*whole.pixels)) {
-            second_.render(x, y, length, out);
+            renderSecond(x, y, length, out);
             return;
         }
         std::int32_t lead = 0;
         while (lead < length && Policy::alone(firstSpans[lead])) lead += firstSpans[lead].length();
         std::int32_t tail = length;
         while (tail > lead && Policy::alone(firstSpans[tail - 1])) tail -= firstSpans[tail - 1].length();
-        putAlone(spans, firstSpans, 0, lead);
+        putAlone(spans, 0, lead);
         if (lead < tail) {
-            SpanBuffer<Out> middle(secondSpans + lead, pixels + lead);
-            second_.render(x + lead, y, tail - lead, middle);
-            if (secondSpans[lead].length() == tail - lead) {
-                mergeWithOne(firstSpans, secondSpans[lead], spans, pixels, lead, tail);
-            } else {
+            Span<Out> s;
+            if (!oneSecondSpan(x + lead, y, tail - lead, s)) {
+                SpanBuffer<Out> middle(secondSpans + lead, pixels + lead);
+                second_.render(x + lead, y, tail - lead, middle);
+                s = secondSpans[lead];
+            }
+            if (s.length() != tail - lead) {
                 merge(firstSpans, secondSpans, spans, pixels, lead, tail);
+            } else if (s.solid()) {
+                mergeWithOne<true>(firstSpans, s, spans, pixels, lead, tail);
+            } else {
+                mergeWithOne<false>(firstSpans, s, spans, pixels, lead, tail);
             }
         }
-        putAlone(spans, firstSpans, tail, length);
+        putAlone(spans, tail, length);
         out.spanCursor = spans + length;
         out.pixelCursor = pixels + length;
     }
@@ -180,21 +209,23 @@ private:
 
     // The same for a second input that answered one span for the whole stretch, as a
     // solid colour or a canvas does: only the first's spans need walking.
-    static void mergeWithOne(const Span<First>* firstSpans, const Span<Out> s, Span<Out>* spans, Out* pixels,
-                             std::int32_t from, std::int32_t to) {
+    template <bool kSolid>
+    [[gnu::always_inline]] static void mergeWithOne(const Span<First>* firstSpans, const Span<Out> s, Span<Out>* spans,
+                                                    Out* pixels, std::int32_t from, std::int32_t to) {
         const std::uint32_t secondFlags = s.lengthFlags & ~kSpanLengthMask;
-        const SpanPiece<Out> b{s.solid(), s.opaque(), s.solid() ? *s.pixels : Out(0)};
+        const SpanPiece<Out> b{kSolid, s.opaque(), kSolid ? *s.pixels : Out(0)};
+        const Out* secondBase = s.pixels - from;
         for (std::int32_t i = from; i < to;) {
             const Span<First> f = firstSpans[i];
             const std::int32_t n = f.length();
             const SpanPiece<First> a{f.solid(), f.opaque(), f.solid() ? *f.pixels : First(0)};
-            const Out* secondPtr = b.solid ? s.pixels : s.pixels + (i - from);
+            const Out* secondPtr = kSolid ? s.pixels : secondBase + i;
             switch (Policy::pick(a, b)) {
             case PairResult::First:
                 if constexpr (kSameType) put(spans, i, f.lengthFlags, f.pixels);
                 break;
             case PairResult::Second:
-                if (b.solid) {
+                if constexpr (kSolid) {
                     pixels[i] = b.value;
                     put(spans, i, std::uint32_t(n) | secondFlags, pixels + i);
                 } else {
@@ -255,6 +286,8 @@ private:
     IntRect firstBounds_;
     IntRect secondBounds_;
     IntRect bounds_;
+    Solid<Out>* solidSecond_;
+    Raster<Out>* rasterSecond_;
     Span<First> firstSpans_[kMaxSpanLength];  // the first's spans, or with one pixel type the second's
     First firstPixels_[kMaxSpanLength];
 };

@@ -53,64 +53,79 @@ __m128i over4(__m128i top, __m128i a, __m128i bottom) {
 
 __m128i scale4(__m128i p, __m128i m) { return _mm_or_si128(scaledHigh(p, m), scaledLow(p, m)); }
 
+// The last zero to three pixels of a run, in order (a source that trails the
+// destination leaves the rest to the plain loop before). Spelled out, since a loop here
+// would be vectorised again, at a cost that short runs (most edge runs) pay in full.
+template <class Op>
+void lastFew(std::int32_t k, std::int32_t n, Op op) {
+    if (k < n) op(k);
+    if (k + 1 < n) op(k + 1);
+    if (k + 2 < n) op(k + 2);
+}
+
 }  // namespace
 
 void overRun(const std::uint32_t* top, const std::uint32_t* bottom, std::uint32_t* dst, std::int32_t n) {
     std::int32_t k = 0;
-    if (!trails(top, dst) && !trails(bottom, dst)) {
+    if (n >= 4 && !trails(top, dst) && !trails(bottom, dst)) {
         for (; k + 4 <= n; k += 4) {
             const __m128i t = load(top + k);
             store(dst + k, over4(t, alphaMultipliers(t), load(bottom + k)));
         }
     }
-    for (; k < n; ++k) dst[k] = over32(top[k], bottom[k]);
+    for (; k + 3 < n; ++k) dst[k] = over32(top[k], bottom[k]);
+    lastFew(k, n, [&](std::int32_t i) { dst[i] = over32(top[i], bottom[i]); });
 }
 
 void overRun(std::uint32_t top, const std::uint32_t* bottom, std::uint32_t* dst, std::int32_t n) {
     std::int32_t k = 0;
-    if (!trails(bottom, dst)) {
+    if (n >= 4 && !trails(bottom, dst)) {
         const __m128i t = _mm_set1_epi32(std::int32_t(top));
         const __m128i a = alphaMultipliers(t);
         for (; k + 4 <= n; k += 4) store(dst + k, over4(t, a, load(bottom + k)));
     }
-    for (; k < n; ++k) dst[k] = over32(top, bottom[k]);
+    for (; k + 3 < n; ++k) dst[k] = over32(top, bottom[k]);
+    lastFew(k, n, [&](std::int32_t i) { dst[i] = over32(top, bottom[i]); });
 }
 
 void overRun(const std::uint32_t* top, std::uint32_t bottom, std::uint32_t* dst, std::int32_t n) {
     std::int32_t k = 0;
-    if (!trails(top, dst)) {
+    if (n >= 4 && !trails(top, dst)) {
         const __m128i b = _mm_set1_epi32(std::int32_t(bottom));
         for (; k + 4 <= n; k += 4) {
             const __m128i t = load(top + k);
             store(dst + k, over4(t, alphaMultipliers(t), b));
         }
     }
-    for (; k < n; ++k) dst[k] = over32(top[k], bottom);
+    for (; k + 3 < n; ++k) dst[k] = over32(top[k], bottom);
+    lastFew(k, n, [&](std::int32_t i) { dst[i] = over32(top[i], bottom); });
 }
 
 void scaleRun(const std::uint32_t* colour, const std::uint8_t* mask, std::uint32_t* dst, std::int32_t n) {
     std::int32_t k = 0;
-    if (!trails(colour, dst)) {
+    if (n >= 4 && !trails(colour, dst)) {
         for (; k + 4 <= n; k += 4) store(dst + k, scale4(load(colour + k), multipliers(mask + k)));
     }
-    for (; k < n; ++k) dst[k] = scale32(colour[k], mask[k]);
+    for (; k + 3 < n; ++k) dst[k] = scale32(colour[k], mask[k]);
+    lastFew(k, n, [&](std::int32_t i) { dst[i] = scale32(colour[i], mask[i]); });
 }
 
 void scaleRun(std::uint32_t colour, const std::uint8_t* mask, std::uint32_t* dst, std::int32_t n) {
     std::int32_t k = 0;
     const __m128i c = _mm_set1_epi32(std::int32_t(colour));
     for (; k + 4 <= n; k += 4) store(dst + k, scale4(c, multipliers(mask + k)));
-    for (; k < n; ++k) dst[k] = scale32(colour, mask[k]);
+    lastFew(k, n, [&](std::int32_t i) { dst[i] = scale32(colour, mask[i]); });
 }
 
 void scaleRun(const std::uint32_t* colour, std::uint8_t mask, std::uint32_t* dst, std::int32_t n) {
     std::int32_t k = 0;
-    if (!trails(colour, dst)) {
+    if (n >= 4 && !trails(colour, dst)) {
         const std::uint32_t m = a256(mask);
         const __m128i s = _mm_set1_epi32(std::int32_t(m | m << 16));
         for (; k + 4 <= n; k += 4) store(dst + k, scale4(load(colour + k), s));
     }
-    for (; k < n; ++k) dst[k] = scale32(colour[k], mask);
+    for (; k + 3 < n; ++k) dst[k] = scale32(colour[k], mask);
+    lastFew(k, n, [&](std::int32_t i) { dst[i] = scale32(colour[i], mask); });
 }
 
 }  // namespace tw

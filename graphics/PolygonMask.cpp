@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <type_traits>
 
 namespace tw {
 
@@ -29,6 +30,7 @@ constexpr ByteValues kBytes;
 constexpr std::int32_t kRetired = -0x7FFFFFFF;
 
 }  // namespace
+
 
 PolygonMask::PolygonMask(const VectorPath& path, const IntRect& clip, const FillRule& rule) : rule_(rule) {
     const std::int64_t clipTop = std::int64_t(clip.top) * 256, clipBottom = clip.bottom() * 256;
@@ -156,63 +158,99 @@ void PolygonMask::sortActive() {
     }
 }
 
-// Adds each active edge's coverage in the strip x .. x+length-1 to the delta array.
-void PolygonMask::accumulate(std::int32_t x, std::int32_t length) {
-    std::uint32_t* delta = delta_.data();
+namespace {
+
+// Adds one edge's coverage of the row to the deltas of the strip that starts at `origin`
+// (24.8) and is `length` pixels long; the edge's left pixel is below `length`.
+[[gnu::always_inline]] inline void addEdge(std::uint32_t* delta, const PolygonSegment& s, std::int64_t origin,
+                                           std::int32_t length) {
     const auto add = [&](std::int64_t i, std::int64_t v) {
         if (i > length) return;
         delta[i < 0 ? 0 : i] += std::uint32_t(v);
     };
-    const std::int64_t origin = std::int64_t(x) * 256;
-    for (std::size_t k = firstActive_; k < nextToActivate_; ++k) {
-        const PolygonSegment& s = *active_[k];
-        const std::int64_t left = s.leftX - origin, right = s.rightX - origin;
-        const std::int64_t l = left >> 8, r = right >> 8;
-        const std::int64_t fl = left & 255, fr = right & 255;
-        const std::int64_t cov = s.cover;
-        if (l >= length) break;  // the edges are in order of their left pixel
-        if (r < 0) {
-            delta[0] += std::uint32_t(cov);
-        } else if (l == r) {
-            const std::int64_t d = ((0x200 - fr - fl) * cov) >> 9;
-            delta[l] += std::uint32_t(d);
-            delta[l + 1] += std::uint32_t(cov - d);
-        } else {
-            const std::int64_t area = s.areaPerPixel;
-            std::int64_t a = ((0x100 - fl) * area) >> 8;
-            // A steep edge whose ends round into two pixels cannot give more than its row.
-            if ((a < 0 ? -a : a) > (cov < 0 ? -cov : cov)) a = cov;
-            const std::int64_t b = ((0x100 - fl) * a) >> 9;
-            add(l, b);
-            add(l + 1, a - b);
-            const std::int64_t n = r - l - 1;
-            if (n > 0) {
-                const std::int64_t half = area >> 1;
-                add(l + 1, half);
-                // Pixels l+2 .. r-1 each take a whole `area`.
-                std::int64_t from = l + 2;
-                const std::int64_t to = std::min<std::int64_t>(r - 1, length);
-                if (from < 0) {
-                    const std::int64_t skipped = std::min<std::int64_t>(to, -1) - from + 1;
-                    if (skipped > 0) delta[0] += std::uint32_t(skipped * area);
-                    from = 0;
-                }
-                for (std::int64_t i = from; i <= to; ++i) delta[i] += std::uint32_t(area);
-                add(r, area - half);
+    const std::int64_t left = s.leftX - origin, right = s.rightX - origin;
+    const std::int64_t l = left >> 8, r = right >> 8;
+    const std::int64_t fl = left & 255, fr = right & 255;
+    const std::int64_t cov = s.cover;
+    if (r < 0) {
+        delta[0] += std::uint32_t(cov);
+    } else if (l == r) {
+        const std::int64_t d = ((0x200 - fr - fl) * cov) >> 9;
+        delta[l] += std::uint32_t(d);
+        delta[l + 1] += std::uint32_t(cov - d);
+    } else {
+        const std::int64_t area = s.areaPerPixel;
+        std::int64_t a = ((0x100 - fl) * area) >> 8;
+        // A steep edge whose ends round into two pixels cannot give more than its row.
+        if ((a < 0 ? -a : a) > (cov < 0 ? -cov : cov)) a = cov;
+        const std::int64_t b = ((0x100 - fl) * a) >> 9;
+        add(l, b);
+        add(l + 1, a - b);
+        const std::int64_t n = r - l - 1;
+        if (n > 0) {
+            const std::int64_t half = area >> 1;
+            add(l + 1, half);
+            // Pixels l+2 .. r-1 each take a whole `area`.
+            std::int64_t from = l + 2;
+            const std::int64_t to = std::min<std::int64_t>(r - 1, length);
+            if (from < 0) {
+                const std::int64_t skipped = std::min<std::int64_t>(to, -1) - from + 1;
+                if (skipped > 0) delta[0] += std::uint32_t(skipped * area);
+                from = 0;
             }
-            const std::int64_t rem = cov - (n * area + a);
-            const std::int64_t d = ((0x200 - fr) * rem) >> 9;
-            add(r, d);
-            add(r + 1, rem - d);
+            for (std::int64_t i = from; i <= to; ++i) delta[i] += std::uint32_t(area);
+            add(r, area - half);
         }
+        const std::int64_t rem = cov - (n * area + a);
+        const std::int64_t d = ((0x200 - fr) * rem) >> 9;
+        add(r, d);
+        add(r + 1, rem - d);
     }
 }
 
-// Walks the strip: constant stretches between edge extents become one solid span; the
-// extents are summed pixel by pixel, and the deltas are cleared as they are read.
-void PolygonMask::sweep(std::int32_t x, std::int32_t length, SpanBuffer8& out) {
+// The two shared rules, applied inline while sweeping; any other rule goes through its
+// process operation.
+struct NonZeroBytes {
+    std::uint8_t operator()(std::uint32_t acc) const {
+        const std::int64_t v = std::int32_t(acc);
+        const std::int64_t c = (v < 0 ? -v : v) >> 8;
+        return std::uint8_t(c > 255 ? 255 : c);
+    }
+};
+
+struct EvenOddBytes {
+    std::uint8_t operator()(std::uint32_t acc) const {
+        const std::uint32_t c = (acc & 0x10000u) == 0 ? (acc & 0xFFFFu) : (~acc & 0xFFFFu) + 1;
+        return std::uint8_t((c >> 8) > 255 ? 255 : (c >> 8));
+    }
+};
+
+struct RuleBytes {
+    const FillRule& rule;
+    std::uint8_t operator()(std::uint32_t acc) const {
+        const std::int32_t value = std::int32_t(acc);
+        std::uint8_t byte;
+        rule.process(1, &value, &byte);
+        return byte;
+    }
+};
+
+}  // namespace
+
+// One pass over the active edges, in order of their left pixel, for the strip x ..
+// x+length-1: each edge's coverage goes into the delta array, and its extent joins the
+// current one or closes it. A closed extent is summed pixel by pixel (clearing the
+// deltas as they are read) and the constant stretch before it becomes one solid span:
+// every later edge starts more than four pixels to the right, so it cannot change them.
+template <class Bytes>
+void PolygonMask::scan(std::int32_t x, std::int32_t length, SpanBuffer8& out, Bytes bytes) {
     std::uint32_t* delta = delta_.data();
-    const std::int64_t origin = std::int64_t(x);
+    Span8* spans = out.spanCursor;
+    std::uint8_t* pixels = out.pixelCursor;
+    const auto put = [&](std::int32_t at, std::int32_t n, std::uint32_t flags, const std::uint8_t* p) {
+        spans[at] = Span8{std::uint32_t(n) | flags, p};
+        spans[at + n - 1] = Span8{std::uint32_t(n) | flags, p};
+    };
     std::uint32_t acc = 0;
     std::int32_t pos = 0;
     const auto solidUpTo = [&](std::int32_t end) {
@@ -220,56 +258,66 @@ void PolygonMask::sweep(std::int32_t x, std::int32_t length, SpanBuffer8& out) {
         delta[pos] = 0;
         // Outside (0) and inside once (+-0x10000) are the same under both rules.
         std::uint8_t byte = acc == 0 ? 0 : 255;
-        if (acc != 0 && acc != 0x10000u && acc != 0xFFFF0000u) {
-            const std::int32_t value = std::int32_t(acc);
-            rule_.process(1, &value, &byte);
-        }
-        out.appendSolid(end - pos, &kBytes.values[byte]);
+        if (acc != 0 && acc != 0x10000u && acc != 0xFFFF0000u) byte = bytes(acc);
+        put(pos, end - pos, kSpanSolid | (byte == 255 ? kSpanOpaque : 0u), &kBytes.values[byte]);
         pos = end;
     };
-    const auto extent = [&](std::int32_t end) {
-        for (std::int32_t i = pos; i <= end; ++i) {
-            acc += delta[i];
-            delta[i] = 0;
-            cover_[i - pos] = std::int32_t(acc);
+    const auto extent = [&](std::int32_t from, std::int32_t to) {
+        if (from > pos) solidUpTo(from);
+        if constexpr (std::is_same_v<Bytes, RuleBytes>) {
+            for (std::int32_t i = pos; i <= to; ++i) {
+                acc += delta[i];
+                delta[i] = 0;
+                cover_[i - pos] = std::int32_t(acc);
+            }
+            bytes.rule.process(to - pos + 1, cover_, pixels + pos);
+        } else {
+            for (std::int32_t i = pos; i <= to; ++i) {
+                acc += delta[i];
+                delta[i] = 0;
+                pixels[i] = bytes(acc);
+            }
         }
-        rule_.process(end - pos + 1, cover_, out.pixelCursor);
-        out.append(std::uint32_t(end - pos + 1), out.pixelCursor);
-        pos = end + 1;
+        put(pos, to - pos + 1, 0, pixels + pos);
+        pos = to + 1;
     };
+    const std::int64_t origin = std::int64_t(x) * 256;
     std::int32_t start = -1, stop = -1;
     for (std::size_t k = firstActive_; k < nextToActivate_; ++k) {
         const PolygonSegment& s = *active_[k];
-        const std::int64_t l = s.leftPixel - origin, r = s.rightPixel - origin;
+        const std::int64_t l = std::int64_t(s.leftPixel) - x, r = std::int64_t(s.rightPixel) - x;
         if (l >= length) break;
-        if (r < 0) continue;
-        const std::int32_t from = std::int32_t(std::max<std::int64_t>(l, 0));
-        const std::int32_t to = std::int32_t(std::min<std::int64_t>(r, length - 1));
-        if (start >= 0 && from <= stop + 4) {
-            stop = std::max(stop, to);
-            continue;
+        if (r >= 0) {
+            const std::int32_t from = l > 0 ? std::int32_t(l) : 0;
+            const std::int32_t to = r < length - 1 ? std::int32_t(r) : length - 1;
+            if (start >= 0 && from <= stop + 4) {
+                if (to > stop) stop = to;
+            } else {
+                if (start >= 0) extent(start, stop);
+                start = from;
+                stop = to;
+            }
         }
-        if (start >= 0) {
-            if (start > pos) solidUpTo(start);
-            extent(stop);
-        }
-        start = from;
-        stop = to;
+        addEdge(delta, s, origin, length);
     }
-    if (start >= 0) {
-        if (start > pos) solidUpTo(start);
-        extent(stop);
-    }
+    if (start >= 0) extent(start, stop);
     if (pos < length) solidUpTo(length);
     delta[length] = 0;
+    out.spanCursor = spans + length;
+    out.pixelCursor = pixels + length;
 }
 
 void PolygonMask::render(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer8& out) {
     renderWithin(bounds_, x, y, length, out, [&](std::int32_t start, std::int32_t n) {
         if (y < lastRow_) restart();
         if (y != lastRow_) advanceTo(y);
-        accumulate(start, n);
-        sweep(start, n, out);
+        if (&rule_ == &FillRule::nonZero()) {
+            scan(start, n, out, NonZeroBytes{});
+        } else if (&rule_ == &FillRule::evenOdd()) {
+            scan(start, n, out, EvenOddBytes{});
+        } else {
+            scan(start, n, out, RuleBytes{rule_});
+        }
     });
 }
 

@@ -43,13 +43,6 @@ void Raster<Pixel>::swap(Raster& other) noexcept {
     std::swap(owned_, other.owned_);
 }
 
-template <class Pixel>
-void Raster<Pixel>::render(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer<Pixel>& out) {
-    renderWithin(bounds_, x, y, length, out, [&](std::int32_t start, std::int32_t n) {
-        out.append(std::uint32_t(n) | (opaque_ ? kSpanOpaque : 0u), at(start, y));
-    });
-}
-
 template class Raster<std::uint32_t>;
 template class Raster<std::uint8_t>;
 

@@ -16,6 +16,8 @@ public:
         out.appendSolid(length, &value_);
     }
 
+    const Pixel& value() const { return value_; }
+
 private:
     Pixel value_;
 };
