@@ -13,6 +13,60 @@
 
 namespace tw {
 
+// An input of a combiner. A solid or a raster (a paint's colour, a picture, the canvas
+// under a blend) is answered here, without a call through the renderer for every
+// request.
+template <class Pixel>
+class CombinerInput {
+public:
+    explicit CombinerInput(Renderer<Pixel>& renderer)
+        : renderer_(renderer), solid_(dynamic_cast<Solid<Pixel>*>(&renderer)),
+          raster_(dynamic_cast<Raster<Pixel>*>(&renderer)) {}
+
+    // The answer when it is known to be one span: a solid, or a raster that holds the
+    // whole stretch.
+    [[gnu::always_inline]] bool oneSpan(std::int32_t x, std::int32_t y, std::int32_t length, Span<Pixel>& span) const {
+        if (solid_) {
+            span = Span<Pixel>{std::uint32_t(length) | solidFlags(solid_->value()), &solid_->value()};
+            return true;
+        }
+        if (raster_ && raster_->holds(x, y, length)) {
+            span = Span<Pixel>{std::uint32_t(length) | (raster_->opaque() ? kSpanOpaque : 0u), raster_->at(x, y)};
+            return true;
+        }
+        return false;
+    }
+
+    [[gnu::always_inline]] void render(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer<Pixel>& out) {
+        Span<Pixel> span;
+        if (oneSpan(x, y, length, span)) {
+            out.append(span.lengthFlags, span.pixels);
+        } else {
+            renderer_.render(x, y, length, out);
+        }
+    }
+
+    Renderer<Pixel>& renderer() { return renderer_; }
+
+private:
+    Renderer<Pixel>& renderer_;
+    Solid<Pixel>* solid_;
+    Raster<Pixel>* raster_;
+};
+
+// A rectangle's edges in 64 bits, so that asking whether a request touches it is four
+// plain compares.
+struct RowTest {
+    std::int64_t left, top, right, bottom;
+
+    explicit RowTest(const IntRect& r) : left(r.left), top(r.top), right(r.right()), bottom(r.bottom()) {
+        if (r.isEmpty()) top = bottom = 0;
+    }
+    bool touches(std::int64_t x, std::int64_t y, std::int64_t end) const {
+        return y >= top && y < bottom && end > left && x < right;
+    }
+};
+
 // One side of a pair of spans: its flags and, when solid, its value.
 template <class Pixel>
 struct SpanPiece {
@@ -35,23 +89,22 @@ public:
     using First = typename Policy::First;
     using Out = typename Policy::Out;
 
-    // A second input that is a solid or a raster (a paint's colour, the canvas under a
-    // blend) is answered here rather than through a call for every request.
     Combiner(Renderer<First>& first, Renderer<Out>& second)
-        : first_(first), second_(second), firstBounds_(first.calcBounds()), secondBounds_(second.calcBounds()),
-          bounds_(Policy::kUnion ? unionOf(firstBounds_, secondBounds_) : intersectionOf(firstBounds_, secondBounds_)),
-          solidSecond_(dynamic_cast<Solid<Out>*>(&second)), rasterSecond_(dynamic_cast<Raster<Out>*>(&second)) {}
+        : first_(first), second_(second), firstRows_(first.calcBounds()), secondRows_(second.calcBounds()),
+          bounds_(Policy::kUnion ? unionOf(first.calcBounds(), second.calcBounds())
+                                 : intersectionOf(first.calcBounds(), second.calcBounds())) {}
 
     IntRect calcBounds() const override { return bounds_; }
 
     void render(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer<Out>& out) override {
         if constexpr (Policy::kUnion) {
-            const bool touchesFirst = firstBounds_.touchesRow(x, y, length);
-            const bool touchesSecond = secondBounds_.touchesRow(x, y, length);
+            const std::int64_t end = std::int64_t(x) + length;
+            const bool touchesFirst = firstRows_.touches(x, y, end);
+            const bool touchesSecond = secondRows_.touches(x, y, end);
             if (touchesFirst && touchesSecond) {
                 combine(x, y, length, out);
             } else if (touchesSecond) {
-                renderSecond(x, y, length, out);
+                second_.render(x, y, length, out);
             } else if (touchesFirst) {
                 first_.render(x, y, length, out);
             } else {
@@ -80,34 +133,33 @@ private:
         }
     }
 
-    // The second input's answer when it is known to be one span: a solid, or a raster
-    // that holds the whole stretch.
-    [[gnu::always_inline]] bool oneSecondSpan(std::int32_t x, std::int32_t y, std::int32_t length, Span<Out>& span) const {
-        if (solidSecond_) {
-            span = Span<Out>{std::uint32_t(length) | solidFlags(solidSecond_->value()), &solidSecond_->value()};
-            return true;
-        }
-        if (rasterSecond_ && rasterSecond_->holds(x, y, length)) {
-            span = Span<Out>{std::uint32_t(length) | (rasterSecond_->opaque() ? kSpanOpaque : 0u), rasterSecond_->at(x, y)};
-            return true;
-        }
-        return false;
-    }
-
-    [[gnu::always_inline]] void renderSecond(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer<Out>& out) {
-        Span<Out> span;
-        if (oneSecondSpan(x, y, length, span)) {
-            out.append(span.lengthFlags, span.pixels);
-        } else {
+    // A first input known to be one span may decide the whole request at once.
+    [[gnu::always_inline]] void combine(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer<Out>& out) {
+        Span<First> whole;
+        if (!first_.oneSpan(x, y, length, whole)) {
+            combineSpans(x, y, length, out, nullptr);
+        } else if (whole.solid() && Policy::forwardsSecond(*whole.pixels)) {
             second_.render(x, y, length, out);
+        } else if (Policy::alone(whole)) {
+            if constexpr (Policy::kJoinAlone) {
+                putAlone(out.spanCursor, 0, length);
+            } else {
+                put(out.spanCursor, 0, whole.lengthFlags, whole.pixels);
+            }
+            out.spanCursor += length;
+            out.pixelCursor += length;
+        } else {
+            combineSpans(x, y, length, out, &whole);
         }
     }
 
     // With one pixel type, the first's spans are written where the answer goes and the
     // second's into our own array; otherwise the first's go to our array and the
     // second's into the answer. Either way the merge writes the answer over entries it
-    // has read: a result never ends beyond the spans it came from.
-    [[gnu::always_inline]] void combine(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer<Out>& out) {
+    // has read: a result never ends beyond the spans it came from. `whole` is the first's
+    // answer when it is already known to be that one span.
+    [[gnu::noinline]] void combineSpans(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer<Out>& out,
+                                        const Span<First>* whole) {
         Span<Out>* spans = out.spanCursor;
         Out* pixels = out.pixelCursor;
         Span<First>* firstSpans;
@@ -119,12 +171,17 @@ private:
             firstSpans = firstSpans_;
             secondSpans = spans;
         }
-        SpanBuffer<First> firstOut(firstSpans, firstPixels_);
-        first_.render(x, y, length, firstOut);
-        const Span<First> whole = firstSpans[0];
-        if (whole.length() == length && whole.solid() && Policy::forwardsSecond(*whole.pixels)) {
-            renderSecond(x, y, length, out);
-            return;
+        if (whole) {
+            firstSpans[0] = *whole;
+            firstSpans[length - 1] = *whole;
+        } else {
+            SpanBuffer<First> firstOut(firstSpans, firstPixels_);
+            first_.renderer().render(x, y, length, firstOut);
+            const Span<First> s = firstSpans[0];
+            if (s.length() == length && s.solid() && Policy::forwardsSecond(*s.pixels)) {
+                second_.render(x, y, length, out);
+                return;
+            }
         }
         std::int32_t lead = 0;
         while (lead < length && Policy::alone(firstSpans[lead])) lead += firstSpans[lead].length();
@@ -133,9 +190,9 @@ private:
         putAlone(spans, 0, lead);
         if (lead < tail) {
             Span<Out> s;
-            if (!oneSecondSpan(x + lead, y, tail - lead, s)) {
+            if (!second_.oneSpan(x + lead, y, tail - lead, s)) {
                 SpanBuffer<Out> middle(secondSpans + lead, pixels + lead);
-                second_.render(x + lead, y, tail - lead, middle);
+                second_.renderer().render(x + lead, y, tail - lead, middle);
                 s = secondSpans[lead];
             }
             if (s.length() != tail - lead) {
@@ -246,7 +303,7 @@ private:
         }
     }
 
-    static void compute(Span<Out>* spans, Out* dst, std::int32_t i, std::int32_t n, const SpanPiece<First>& a,
+    [[gnu::always_inline]] static void compute(Span<Out>* spans, Out* dst, std::int32_t i, std::int32_t n, const SpanPiece<First>& a,
                         const SpanPiece<Out>& b, const First* firstPtr, const Out* secondPtr) {
         if (a.solid && b.solid) {
             *dst = Policy::op(a.value, b.value);
@@ -281,13 +338,11 @@ private:
         put(spans, i, std::uint32_t(n) | (Policy::computedOpaque(a, b) ? kSpanOpaque : 0u), dst);
     }
 
-    Renderer<First>& first_;
-    Renderer<Out>& second_;
-    IntRect firstBounds_;
-    IntRect secondBounds_;
+    CombinerInput<First> first_;
+    CombinerInput<Out> second_;
+    RowTest firstRows_;
+    RowTest secondRows_;
     IntRect bounds_;
-    Solid<Out>* solidSecond_;
-    Raster<Out>* rasterSecond_;
     Span<First> firstSpans_[kMaxSpanLength];  // the first's spans, or with one pixel type the second's
     First firstPixels_[kMaxSpanLength];
 };

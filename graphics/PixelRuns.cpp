@@ -65,7 +65,7 @@ void lastFew(std::int32_t k, std::int32_t n, Op op) {
 
 }  // namespace
 
-void overRun(const std::uint32_t* top, const std::uint32_t* bottom, std::uint32_t* dst, std::int32_t n) {
+void overRun4(const std::uint32_t* top, const std::uint32_t* bottom, std::uint32_t* dst, std::int32_t n) {
     std::int32_t k = 0;
     if (n >= 4 && !trails(top, dst) && !trails(bottom, dst)) {
         for (; k + 4 <= n; k += 4) {
@@ -77,7 +77,7 @@ void overRun(const std::uint32_t* top, const std::uint32_t* bottom, std::uint32_
     lastFew(k, n, [&](std::int32_t i) { dst[i] = over32(top[i], bottom[i]); });
 }
 
-void overRun(std::uint32_t top, const std::uint32_t* bottom, std::uint32_t* dst, std::int32_t n) {
+void overRun4(std::uint32_t top, const std::uint32_t* bottom, std::uint32_t* dst, std::int32_t n) {
     std::int32_t k = 0;
     if (n >= 4 && !trails(bottom, dst)) {
         const __m128i t = _mm_set1_epi32(std::int32_t(top));
@@ -88,7 +88,7 @@ void overRun(std::uint32_t top, const std::uint32_t* bottom, std::uint32_t* dst,
     lastFew(k, n, [&](std::int32_t i) { dst[i] = over32(top, bottom[i]); });
 }
 
-void overRun(const std::uint32_t* top, std::uint32_t bottom, std::uint32_t* dst, std::int32_t n) {
+void overRun4(const std::uint32_t* top, std::uint32_t bottom, std::uint32_t* dst, std::int32_t n) {
     std::int32_t k = 0;
     if (n >= 4 && !trails(top, dst)) {
         const __m128i b = _mm_set1_epi32(std::int32_t(bottom));
@@ -101,7 +101,7 @@ void overRun(const std::uint32_t* top, std::uint32_t bottom, std::uint32_t* dst,
     lastFew(k, n, [&](std::int32_t i) { dst[i] = over32(top[i], bottom); });
 }
 
-void scaleRun(const std::uint32_t* colour, const std::uint8_t* mask, std::uint32_t* dst, std::int32_t n) {
+void scaleRun4(const std::uint32_t* colour, const std::uint8_t* mask, std::uint32_t* dst, std::int32_t n) {
     std::int32_t k = 0;
     if (n >= 4 && !trails(colour, dst)) {
         for (; k + 4 <= n; k += 4) store(dst + k, scale4(load(colour + k), multipliers(mask + k)));
@@ -110,14 +110,14 @@ void scaleRun(const std::uint32_t* colour, const std::uint8_t* mask, std::uint32
     lastFew(k, n, [&](std::int32_t i) { dst[i] = scale32(colour[i], mask[i]); });
 }
 
-void scaleRun(std::uint32_t colour, const std::uint8_t* mask, std::uint32_t* dst, std::int32_t n) {
+void scaleRun4(std::uint32_t colour, const std::uint8_t* mask, std::uint32_t* dst, std::int32_t n) {
     std::int32_t k = 0;
     const __m128i c = _mm_set1_epi32(std::int32_t(colour));
     for (; k + 4 <= n; k += 4) store(dst + k, scale4(c, multipliers(mask + k)));
     lastFew(k, n, [&](std::int32_t i) { dst[i] = scale32(colour, mask[i]); });
 }
 
-void scaleRun(const std::uint32_t* colour, std::uint8_t mask, std::uint32_t* dst, std::int32_t n) {
+void scaleRun4(const std::uint32_t* colour, std::uint8_t mask, std::uint32_t* dst, std::int32_t n) {
     std::int32_t k = 0;
     if (n >= 4 && !trails(colour, dst)) {
         const std::uint32_t m = a256(mask);

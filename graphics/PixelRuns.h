@@ -7,20 +7,53 @@
 
 #include <cstdint>
 
+#include "graphics/PixelMath.h"
+
 namespace tw {
 
-// dst[k] = over32(top[k], bottom[k]).
-void overRun(const std::uint32_t* top, const std::uint32_t* bottom, std::uint32_t* dst, std::int32_t n);
-// dst[k] = over32(top, bottom[k]).
-void overRun(std::uint32_t top, const std::uint32_t* bottom, std::uint32_t* dst, std::int32_t n);
-// dst[k] = over32(top[k], bottom).
-void overRun(const std::uint32_t* top, std::uint32_t bottom, std::uint32_t* dst, std::int32_t n);
+// The long forms, four pixels at a time; a solid side is given as a value.
+void overRun4(const std::uint32_t* top, const std::uint32_t* bottom, std::uint32_t* dst, std::int32_t n);
+void overRun4(std::uint32_t top, const std::uint32_t* bottom, std::uint32_t* dst, std::int32_t n);
+void overRun4(const std::uint32_t* top, std::uint32_t bottom, std::uint32_t* dst, std::int32_t n);
+void scaleRun4(const std::uint32_t* colour, const std::uint8_t* mask, std::uint32_t* dst, std::int32_t n);
+void scaleRun4(std::uint32_t colour, const std::uint8_t* mask, std::uint32_t* dst, std::int32_t n);
+void scaleRun4(const std::uint32_t* colour, std::uint8_t mask, std::uint32_t* dst, std::int32_t n);
 
-// dst[k] = scale32(colour[k], mask[k]).
-void scaleRun(const std::uint32_t* colour, const std::uint8_t* mask, std::uint32_t* dst, std::int32_t n);
-// dst[k] = scale32(colour, mask[k]).
-void scaleRun(std::uint32_t colour, const std::uint8_t* mask, std::uint32_t* dst, std::int32_t n);
-// dst[k] = scale32(colour[k], mask).
-void scaleRun(const std::uint32_t* colour, std::uint8_t mask, std::uint32_t* dst, std::int32_t n);
+// Pixel k of a run side: a run's pixel, or a solid side's value.
+template <class Pixel>
+Pixel runPixel(const Pixel* p, std::int32_t k) {
+    return p[k];
+}
+template <class Pixel>
+Pixel runPixel(Pixel v, std::int32_t) {
+    return v;
+}
+
+// Runs of up to three pixels, the most common along edges, are done in line: a call
+// would cost more than their pixels.
+template <class Op>
+[[gnu::always_inline]] inline bool doneInLine(std::int32_t n, Op op) {
+    if (n > 3) return false;
+    op(0);
+    if (n > 1) op(1);
+    if (n > 2) op(2);
+    return true;
+}
+
+// dst[k] = over32(top[k], bottom[k]), either side possibly solid.
+template <class Top, class Bottom>
+[[gnu::always_inline]] inline void overRun(Top top, Bottom bottom, std::uint32_t* dst, std::int32_t n) {
+    if (!doneInLine(n, [&](std::int32_t k) { dst[k] = over32(runPixel(top, k), runPixel(bottom, k)); })) {
+        overRun4(top, bottom, dst, n);
+    }
+}
+
+// dst[k] = scale32(colour[k], mask[k]), either side possibly solid.
+template <class Colour, class Mask>
+[[gnu::always_inline]] inline void scaleRun(Colour colour, Mask mask, std::uint32_t* dst, std::int32_t n) {
+    if (!doneInLine(n, [&](std::int32_t k) { dst[k] = scale32(runPixel(colour, k), runPixel(mask, k)); })) {
+        scaleRun4(colour, mask, dst, n);
+    }
+}
 
 }  // namespace tw

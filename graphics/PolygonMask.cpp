@@ -32,7 +32,11 @@ constexpr std::int32_t kRetired = -0x7FFFFFFF;
 }  // namespace
 
 
-PolygonMask::PolygonMask(const VectorPath& path, const IntRect& clip, const FillRule& rule) : rule_(rule) {
+PolygonMask::PolygonMask(const VectorPath& path, const IntRect& clip, const FillRule& rule)
+    : rule_(rule),
+      ruleKind_(&rule == &FillRule::nonZero()  ? RuleKind::nonZero
+                : &rule == &FillRule::evenOdd() ? RuleKind::evenOdd
+                                                : RuleKind::other) {
     const std::int64_t clipTop = std::int64_t(clip.top) * 256, clipBottom = clip.bottom() * 256;
     const std::int64_t clipRight = clip.right() * 256;
     std::int32_t minX = 0x7FFFFFFF, minY = 0x7FFFFFFF, maxX = -0x7FFFFFFF, maxY = -0x7FFFFFFF;
@@ -160,52 +164,39 @@ void PolygonMask::sortActive() {
 
 namespace {
 
-// Adds one edge's coverage of the row to the deltas of the strip that starts at `origin`
-// (24.8) and is `length` pixels long; the edge's left pixel is below `length`.
-[[gnu::always_inline]] inline void addEdge(std::uint32_t* delta, const PolygonSegment& s, std::int64_t origin,
-                                           std::int32_t length) {
+// Adds the coverage of an edge that spans pixels l .. r (l < r) of the strip, with 8-bit
+// fractions fl and fr at its ends, to the deltas of a strip `length` pixels long.
+void addSpread(std::uint32_t* delta, std::int64_t l, std::int64_t r, std::int64_t fl, std::int64_t fr,
+               std::int64_t cov, std::int64_t area, std::int32_t length) {
     const auto add = [&](std::int64_t i, std::int64_t v) {
         if (i > length) return;
         delta[i < 0 ? 0 : i] += std::uint32_t(v);
     };
-    const std::int64_t left = s.leftX - origin, right = s.rightX - origin;
-    const std::int64_t l = left >> 8, r = right >> 8;
-    const std::int64_t fl = left & 255, fr = right & 255;
-    const std::int64_t cov = s.cover;
-    if (r < 0) {
-        delta[0] += std::uint32_t(cov);
-    } else if (l == r) {
-        const std::int64_t d = ((0x200 - fr - fl) * cov) >> 9;
-        delta[l] += std::uint32_t(d);
-        delta[l + 1] += std::uint32_t(cov - d);
-    } else {
-        const std::int64_t area = s.areaPerPixel;
-        std::int64_t a = ((0x100 - fl) * area) >> 8;
-        // A steep edge whose ends round into two pixels cannot give more than its row.
-        if ((a < 0 ? -a : a) > (cov < 0 ? -cov : cov)) a = cov;
-        const std::int64_t b = ((0x100 - fl) * a) >> 9;
-        add(l, b);
-        add(l + 1, a - b);
-        const std::int64_t n = r - l - 1;
-        if (n > 0) {
-            const std::int64_t half = area >> 1;
-            add(l + 1, half);
-            // Pixels l+2 .. r-1 each take a whole `area`.
-            std::int64_t from = l + 2;
-            const std::int64_t to = std::min<std::int64_t>(r - 1, length);
-            if (from < 0) {
-                const std::int64_t skipped = std::min<std::int64_t>(to, -1) - from + 1;
-                if (skipped > 0) delta[0] += std::uint32_t(skipped * area);
-                from = 0;
-            }
-            for (std::int64_t i = from; i <= to; ++i) delta[i] += std::uint32_t(area);
-            add(r, area - half);
+    std::int64_t a = ((0x100 - fl) * area) >> 8;
+    // A steep edge whose ends round into two pixels cannot give more than its row.
+    if ((a < 0 ? -a : a) > (cov < 0 ? -cov : cov)) a = cov;
+    const std::int64_t b = ((0x100 - fl) * a) >> 9;
+    add(l, b);
+    add(l + 1, a - b);
+    const std::int64_t n = r - l - 1;
+    if (n > 0) {
+        const std::int64_t half = area >> 1;
+        add(l + 1, half);
+        // Pixels l+2 .. r-1 each take a whole `area`.
+        std::int64_t from = l + 2;
+        const std::int64_t to = std::min<std::int64_t>(r - 1, length);
+        if (from < 0) {
+            const std::int64_t skipped = std::min<std::int64_t>(to, -1) - from + 1;
+            if (skipped > 0) delta[0] += std::uint32_t(skipped * area);
+            from = 0;
         }
-        const std::int64_t rem = cov - (n * area + a);
-        const std::int64_t d = ((0x200 - fr) * rem) >> 9;
-        add(r, d);
-        add(r + 1, rem - d);
+        for (std::int64_t i = from; i <= to; ++i) delta[i] += std::uint32_t(area);
+        add(r, area - half);
     }
+    const std::int64_t rem = cov - (n * area + a);
+    const std::int64_t d = ((0x200 - fr) * rem) >> 9;
+    add(r, d);
+    add(r + 1, rem - d);
 }
 
 // The two shared rules, applied inline while sweeping; any other rule goes through its
@@ -281,26 +272,41 @@ void PolygonMask::scan(std::int32_t x, std::int32_t length, SpanBuffer8& out, By
         put(pos, to - pos + 1, 0, pixels + pos);
         pos = to + 1;
     };
-    const std::int64_t origin = std::int64_t(x) * 256;
-    std::int32_t start = -1, stop = -1;
-    for (std::size_t k = firstActive_; k < nextToActivate_; ++k) {
-        const PolygonSegment& s = *active_[k];
-        const std::int64_t l = std::int64_t(s.leftPixel) - x, r = std::int64_t(s.rightPixel) - x;
+    // The open extent is [start, stop]; there is none while stop is negative. Strip
+    // positions fit 32 bits: requests lie within the bounds, and vertices within 2^21.
+    std::int32_t start = 0, stop = -8;
+    PolygonSegment* const* edge = active_.data() + firstActive_;
+    PolygonSegment* const* const last = active_.data() + nextToActivate_;
+    for (; edge != last; ++edge) {
+        const PolygonSegment& s = **edge;
+        const std::int32_t l = s.leftPixel - x;
         if (l >= length) break;
-        if (r >= 0) {
-            const std::int32_t from = l > 0 ? std::int32_t(l) : 0;
-            const std::int32_t to = r < length - 1 ? std::int32_t(r) : length - 1;
-            if (start >= 0 && from <= stop + 4) {
-                if (to > stop) stop = to;
-            } else {
-                if (start >= 0) extent(start, stop);
-                start = from;
-                stop = to;
-            }
+        const std::int32_t r = s.rightPixel - x;
+        const std::int32_t cov = s.cover;
+        if (r < 0) {
+            // Wholly left of the strip.
+            delta[0] += std::uint32_t(cov);
+            continue;
         }
-        addEdge(delta, s, origin, length);
+        const std::int32_t from = l > 0 ? l : 0;
+        const std::int32_t to = r < length ? r : length - 1;
+        if (from <= stop + 4) {
+            if (to > stop) stop = to;
+        } else {
+            if (stop >= 0) extent(start, stop);
+            start = from;
+            stop = to;
+        }
+        const std::int32_t fl = s.leftX & 255, fr = s.rightX & 255;
+        if (l == r) {
+            const std::int32_t d = ((0x200 - fr - fl) * cov) >> 9;
+            delta[l] += std::uint32_t(d);
+            delta[l + 1] += std::uint32_t(cov - d);
+        } else {
+            addSpread(delta, l, r, fl, fr, cov, s.areaPerPixel, length);
+        }
     }
-    if (start >= 0) extent(start, stop);
+    if (stop >= 0) extent(start, stop);
     if (pos < length) solidUpTo(length);
     delta[length] = 0;
     out.spanCursor = spans + length;
@@ -311,12 +317,16 @@ void PolygonMask::render(std::int32_t x, std::int32_t y, std::int32_t length, Sp
     renderWithin(bounds_, x, y, length, out, [&](std::int32_t start, std::int32_t n) {
         if (y < lastRow_) restart();
         if (y != lastRow_) advanceTo(y);
-        if (&rule_ == &FillRule::nonZero()) {
+        switch (ruleKind_) {
+        case RuleKind::nonZero:
             scan(start, n, out, NonZeroBytes{});
-        } else if (&rule_ == &FillRule::evenOdd()) {
+            break;
+        case RuleKind::evenOdd:
             scan(start, n, out, EvenOddBytes{});
-        } else {
+            break;
+        case RuleKind::other:
             scan(start, n, out, RuleBytes{rule_});
+            break;
         }
     });
 }

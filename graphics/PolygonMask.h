@@ -55,6 +55,8 @@ private:
     std::int64_t lastRow_;
     IntRect bounds_;
     const FillRule& rule_;
+    // The two shared rules are applied inline.
+    enum class RuleKind : std::uint8_t { nonZero, evenOdd, other } ruleKind_;
     std::vector<std::uint32_t> delta_;           // per pixel of a strip, plus one; zero between requests
     std::int32_t cover_[kMaxSpanLength];
 };
