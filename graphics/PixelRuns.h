@@ -20,21 +20,16 @@ void scaleRun4(std::uint32_t colour, const std::uint8_t* mask, std::uint32_t* ds
 void scaleRun4(const std::uint32_t* colour, std::uint8_t mask, std::uint32_t* dst, std::int32_t n);
 
 // Pixel k of a run side: a run's pixel, or a solid side's value.
-template <class Pixel>
-Pixel runPixel(const Pixel* p, std::int32_t k) {
-    return p[k];
-}
-template <class Pixel>
-Pixel runPixel(Pixel v, std::int32_t) {
-    return v;
-}
+inline std::uint32_t runPixel(const std::uint32_t* p, std::int32_t k) { return p[k]; }
+inline std::uint32_t runPixel(const std::uint8_t* p, std::int32_t k) { return p[k]; }
+inline std::uint32_t runPixel(std::uint32_t v, std::int32_t) { return v; }
 
 // Runs of up to three pixels, the most common along edges, are done in line: a call
 // would cost more than their pixels.
 template <class Op>
 [[gnu::always_inline]] inline bool doneInLine(std::int32_t n, Op op) {
     if (n > 3) return false;
-    op(0);
+    if (n > 0) op(0);
     if (n > 1) op(1);
     if (n > 2) op(2);
     return true;

@@ -2,8 +2,10 @@
 
 #include <cmath>
 #include <random>
+#include <vector>
 
 #include "graphics/PixelMath.h"
+#include "graphics/PixelRuns.h"
 
 using namespace tw;
 
@@ -110,4 +112,55 @@ TEST(PixelMath, OpaqueTestsAcceptAlpha254ForColourOnly) {
     EXPECT_FALSE(isOpaque(std::uint32_t(0xFDFFFFFFu)));
     EXPECT_TRUE(isOpaque(std::uint8_t(255)));
     EXPECT_FALSE(isOpaque(std::uint8_t(254)));
+}
+
+// The run forms against plain loops of the formulas, for every length up to a few SIMD
+// steps, with pixels that are not premultiplied (so that carries between channels would
+// show), both sides solid or not, and sources that overlap the destination before it,
+// on it, or after it: a plain loop reads what it wrote when the source trails.
+TEST(PixelMath, RunsEqualPlainLoopsOfTheFormulas) {
+    std::mt19937 rng(7);
+    constexpr std::int32_t kSlack = 8;
+    for (std::int32_t n = 0; n <= 21; ++n) {
+        for (std::int32_t shift = -kSlack; shift <= kSlack; ++shift) {
+            const std::size_t size = std::size_t(n);
+            std::vector<std::uint32_t> buffer(size + 3 * kSlack), other(size);
+            std::vector<std::uint8_t> mask(size);
+            for (auto& p : buffer) p = rng();
+            for (auto& p : other) p = rng() % 3 == 0 ? 0xFF000000u | rng() : rng();
+            for (auto& m : mask) m = std::uint8_t(rng() % 4 == 0 ? 255 * (rng() % 2) : rng());
+            const std::uint32_t solid = rng();
+            const std::uint8_t solidMask = std::uint8_t(rng());
+            const auto check = [&](const char* what, auto run, auto formula) {
+                std::vector<std::uint32_t> got = buffer, want = buffer;
+                std::uint32_t* dst = got.data() + kSlack;
+                run(got.data() + kSlack + shift, dst);
+                std::uint32_t* plain = want.data() + kSlack;
+                const std::uint32_t* source = want.data() + kSlack + shift;
+                for (std::int32_t k = 0; k < n; ++k) plain[k] = formula(source, k);
+                ASSERT_EQ(got, want) << what << " n=" << n << " shift=" << shift;
+            };
+            check(
+                "over, bottom overlapping", [&](const std::uint32_t* src, std::uint32_t* dst) { overRun(other.data(), src, dst, n); },
+                [&](const std::uint32_t* src, std::int32_t k) { return over32(other[k], src[k]); });
+            check(
+                "over, top overlapping", [&](const std::uint32_t* src, std::uint32_t* dst) { overRun(src, other.data(), dst, n); },
+                [&](const std::uint32_t* src, std::int32_t k) { return over32(src[k], other[k]); });
+            check(
+                "over, solid top", [&](const std::uint32_t* src, std::uint32_t* dst) { overRun(solid, src, dst, n); },
+                [&](const std::uint32_t* src, std::int32_t k) { return over32(solid, src[k]); });
+            check(
+                "over, solid bottom", [&](const std::uint32_t* src, std::uint32_t* dst) { overRun(src, solid, dst, n); },
+                [&](const std::uint32_t* src, std::int32_t k) { return over32(src[k], solid); });
+            check(
+                "scale", [&](const std::uint32_t* src, std::uint32_t* dst) { scaleRun(src, mask.data(), dst, n); },
+                [&](const std::uint32_t* src, std::int32_t k) { return scale32(src[k], mask[k]); });
+            check(
+                "scale, solid colour", [&](const std::uint32_t*, std::uint32_t* dst) { scaleRun(solid, mask.data(), dst, n); },
+                [&](const std::uint32_t*, std::int32_t k) { return scale32(solid, mask[k]); });
+            check(
+                "scale, solid mask", [&](const std::uint32_t* src, std::uint32_t* dst) { scaleRun(src, solidMask, dst, n); },
+                [&](const std::uint32_t* src, std::int32_t k) { return scale32(src[k], solidMask); });
+        }
+    }
 }

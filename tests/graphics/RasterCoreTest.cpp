@@ -190,22 +190,17 @@ TEST(Renderers, ClipperAndOffsetterMoveAndCut) {
     EXPECT_EQ(row(moved, -7, 4, 50), row(r, 0, 1, 50));
 }
 
-// Every combinator against its pixel formula, on inputs that answer all kinds of spans,
-// for requests at random positions.
+// One combinator against its pixel formula, for requests at random positions.
 template <class Make, class Formula, class A, class B>
-void checkCombinator(Raster<A>& a, Raster<B>& b, Make make, Formula formula) {
-    Optimizer<A> oa(a);
-    Optimizer<B> ob(b);
-    RLERaster<A> ra(oa, a.bounds());
-    RLERaster<B> rb(ob, b.bounds());
-    auto combined = make(ra, rb);
+void checkPair(Renderer<A>& a, Renderer<B>& b, Make make, Formula formula) {
+    auto combined = make(a, b);
     std::mt19937 rng(11);
     for (std::int32_t y = -2; y < 14; ++y) {
         for (std::int32_t x = -300; x < 700;) {
             const std::int32_t length = 1 + std::int32_t(rng() % 256);
             const auto got = probe(combined, x, y, length).pixels;
-            const auto pa = row(ra, x, y, length);
-            const auto pb = row(rb, x, y, length);
+            const auto pa = row(a, x, y, length);
+            const auto pb = row(b, x, y, length);
             for (std::int32_t i = 0; i < length; ++i) {
                 ASSERT_EQ(got[i], formula(pa[i], pb[i])) << "at " << x + i << "," << y;
             }
@@ -214,18 +209,56 @@ void checkCombinator(Raster<A>& a, Raster<B>& b, Make make, Formula formula) {
     }
 }
 
+// Every combinator on inputs that answer all kinds of spans (compressed pictures), and
+// on the inputs a combiner answers itself (plain pictures and solids, alone or mixed).
+template <class Make, class Formula, class A, class B>
+void checkCombinator(Raster<A>& a, Raster<B>& b, A solidA, B solidB, Make make, Formula formula) {
+    Optimizer<A> oa(a);
+    Optimizer<B> ob(b);
+    RLERaster<A> ra(oa, a.bounds());
+    RLERaster<B> rb(ob, b.bounds());
+    Solid<A> sa(solidA);
+    Solid<B> sb(solidB);
+    checkPair(ra, rb, make, formula);
+    checkPair(a, b, make, formula);
+    checkPair(ra, b, make, formula);
+    checkPair(a, rb, make, formula);
+    checkPair(sa, b, make, formula);
+    checkPair(a, sb, make, formula);
+    checkPair(sa, rb, make, formula);
+}
+
 TEST(Combinators, EveryPixelFollowsTheFormula) {
     Raster32 a = patchwork<std::uint32_t>(IntRect{-200, 0, 500, 10}, 21);
     Raster32 b = patchwork<std::uint32_t>(IntRect{-100, 2, 600, 10}, 22);
     Raster8 m = patchwork<std::uint8_t>(IntRect{-150, 1, 550, 12}, 23);
     Raster8 n = patchwork<std::uint8_t>(IntRect{0, -1, 400, 8}, 24);
-    checkCombinator(a, b, [](auto& x, auto& y) { return Blender32(x, y); }, [](std::uint32_t t, std::uint32_t u) { return over32(t, u); });
-    checkCombinator(a, b, [](auto& x, auto& y) { return Adder32(x, y); }, [](std::uint32_t t, std::uint32_t u) { return add32(t, u); });
-    checkCombinator(a, b, [](auto& x, auto& y) { return Multiplier32x32(x, y); }, [](std::uint32_t t, std::uint32_t u) { return mul32(t, u); });
-    checkCombinator(a, m, [](auto& x, auto& y) { return Multiplier32x8(x, y); }, [](std::uint32_t t, std::uint8_t u) { return scale32(t, u); });
-    checkCombinator(m, n, [](auto& x, auto& y) { return Blender8(x, y); }, [](std::uint8_t t, std::uint8_t u) { return add8(t, u); });
-    checkCombinator(m, n, [](auto& x, auto& y) { return Adder8(x, y); }, [](std::uint8_t t, std::uint8_t u) { return add8(t, u); });
-    checkCombinator(m, n, [](auto& x, auto& y) { return Multiplier8x8(x, y); }, [](std::uint8_t t, std::uint8_t u) { return mul8(t, u); });
+    Raster8 opaqueMask = patchwork<std::uint8_t>(IntRect{-150, 1, 550, 12}, 25);
+    for (std::int32_t y = 1; y < 13; ++y) std::fill_n(opaqueMask.at(-150, y), 550, std::uint8_t(255));
+    Raster32 opaque(IntRect{-200, 0, 500, 10}, true);
+    for (std::int32_t y = 0; y < 10; ++y) {
+        for (std::int32_t x = -200; x < 300; ++x) *opaque.at(x, y) = 0xFF000000u | std::uint32_t(x * 7919 + y);
+    }
+    const auto over = [](auto& x, auto& y) { return Blender32(x, y); };
+    const auto scale = [](auto& x, auto& y) { return Multiplier32x8(x, y); };
+    for (std::uint32_t solid : {0x80402010u, 0u, 0xFF123456u}) {
+        checkCombinator(a, b, solid, solid, over, [](std::uint32_t t, std::uint32_t u) { return over32(t, u); });
+        checkCombinator(opaque, b, solid, solid, over, [](std::uint32_t t, std::uint32_t u) { return over32(t, u); });
+        checkCombinator(a, b, solid, solid, [](auto& x, auto& y) { return Adder32(x, y); },
+                        [](std::uint32_t t, std::uint32_t u) { return add32(t, u); });
+        checkCombinator(a, b, solid, solid, [](auto& x, auto& y) { return Multiplier32x32(x, y); },
+                        [](std::uint32_t t, std::uint32_t u) { return mul32(t, u); });
+    }
+    for (std::uint8_t solid : {std::uint8_t(0), std::uint8_t(100), std::uint8_t(255)}) {
+        checkCombinator(a, m, 0x80402010u, solid, scale, [](std::uint32_t t, std::uint8_t u) { return scale32(t, u); });
+        checkCombinator(a, opaqueMask, 0xFFFFFFFFu, solid, scale, [](std::uint32_t t, std::uint8_t u) { return scale32(t, u); });
+        checkCombinator(m, n, solid, solid, [](auto& x, auto& y) { return Blender8(x, y); },
+                        [](std::uint8_t t, std::uint8_t u) { return add8(t, u); });
+        checkCombinator(m, n, solid, solid, [](auto& x, auto& y) { return Adder8(x, y); },
+                        [](std::uint8_t t, std::uint8_t u) { return add8(t, u); });
+        checkCombinator(m, n, solid, solid, [](auto& x, auto& y) { return Multiplier8x8(x, y); },
+                        [](std::uint8_t t, std::uint8_t u) { return mul8(t, u); });
+    }
 }
 
 TEST(Combinators, AnOpaqueTopNeverAsksTheBottom) {
