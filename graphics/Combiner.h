@@ -271,12 +271,11 @@ private:
                                                     Out* pixels, std::int32_t from, std::int32_t to) {
         const std::uint32_t secondFlags = s.lengthFlags & ~kSpanLengthMask;
         const SpanPiece<Out> b{kSolid, s.opaque(), kSolid ? *s.pixels : Out(0)};
-        const Out* secondBase = s.pixels - from;
         for (std::int32_t i = from; i < to;) {
             const Span<First> f = firstSpans[i];
             const std::int32_t n = f.length();
             const SpanPiece<First> a{f.solid(), f.opaque(), f.solid() ? *f.pixels : First(0)};
-            const Out* secondPtr = kSolid ? s.pixels : secondBase + i;
+            const Out* secondPtr = kSolid ? s.pixels : s.pixels + (i - from);
             switch (Policy::pick(a, b)) {
             case PairResult::First:
                 if constexpr (kSameType) put(spans, i, f.lengthFlags, f.pixels);

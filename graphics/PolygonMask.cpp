@@ -31,7 +31,6 @@ constexpr std::int32_t kRetired = -0x7FFFFFFF;
 
 }  // namespace
 
-
 PolygonMask::PolygonMask(const VectorPath& path, const IntRect& clip, const FillRule& rule)
     : rule_(rule),
       ruleKind_(&rule == &FillRule::nonZero()  ? RuleKind::nonZero

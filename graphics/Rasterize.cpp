@@ -35,9 +35,8 @@ void rasterize(Renderer<Pixel>& renderer, Raster<Pixel>& destination, const IntR
     const IntRect area = intersectionOf(intersectionOf(renderer.calcBounds(), destination.bounds()), clip);
     if (area.isEmpty()) return;
     Span<Pixel> spans[kMaxSpanLength];
-    // The area lies inside the destination, so its width and rows fit 32 bits.
-    const std::int32_t width = area.width, bottom = std::int32_t(area.bottom());
-    for (std::int32_t y = area.top; y < bottom; ++y) {
+    const std::int32_t width = area.width;
+    for (std::int32_t y = area.top; y < area.bottom(); ++y) {
         Pixel* const row = destination.at(area.left, y);
         for (std::int32_t done = 0; done < width; done += kMaxSpanLength) {
             const std::int32_t length = std::min(kMaxSpanLength, width - done);
