@@ -31,7 +31,7 @@ struct BlendPolicy {
     static bool computedOpaque(const SpanPiece<Pixel>&, const SpanPiece<Pixel>& bottom) { return bottom.opaque; }
     // Colour runs go four pixels at a time.
     template <class Top, class Bottom>
-    static void run(Top top, Bottom bottom, Pixel* dst, std::int32_t n)
+    [[gnu::always_inline]] static void run(Top top, Bottom bottom, Pixel* dst, std::int32_t n)
         requires(sizeof(Pixel) == 4)
     {
         overRun(top, bottom, dst, n);

@@ -48,7 +48,7 @@ struct MultiplyPolicy {
     static bool computedOpaque(const SpanPiece<First>&, const SpanPiece<Out>&) { return false; }
     // A colour by a coverage goes four pixels at a time.
     template <class Mask, class Colour>
-    static void run(Mask mask, Colour colour, Out* dst, std::int32_t n)
+    [[gnu::always_inline]] static void run(Mask mask, Colour colour, Out* dst, std::int32_t n)
         requires(sizeof(First) == 1 && sizeof(Out) == 4)
     {
         scaleRun(colour, mask, dst, n);

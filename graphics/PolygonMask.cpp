@@ -233,10 +233,8 @@ struct RuleBytes {
 // deltas as they are read) and the constant stretch before it becomes one solid span:
 // every later edge starts more than four pixels to the right, so it cannot change them.
 template <class Bytes>
-void PolygonMask::scan(std::int32_t x, std::int32_t length, SpanBuffer8& out, Bytes bytes) {
+void PolygonMask::scan(std::int32_t x, std::int32_t length, Span8* spans, std::uint8_t* pixels, Bytes bytes) {
     std::uint32_t* delta = delta_.data();
-    Span8* spans = out.spanCursor;
-    std::uint8_t* pixels = out.pixelCursor;
     const auto put = [&](std::int32_t at, std::int32_t n, std::uint32_t flags, const std::uint8_t* p) {
         spans[at] = Span8{std::uint32_t(n) | flags, p};
         spans[at + n - 1] = Span8{std::uint32_t(n) | flags, p};
@@ -308,26 +306,36 @@ void PolygonMask::scan(std::int32_t x, std::int32_t length, SpanBuffer8& out, By
     if (stop >= 0) extent(start, stop);
     if (pos < length) solidUpTo(length);
     delta[length] = 0;
-    out.spanCursor = spans + length;
-    out.pixelCursor = pixels + length;
 }
 
 void PolygonMask::render(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer8& out) {
-    renderWithin(bounds_, x, y, length, out, [&](std::int32_t start, std::int32_t n) {
+    // Combiners ask within the bounds, so the request is usually inside.
+    if (y >= bounds_.top && y < bounds_.bottom() && x >= bounds_.left && std::int64_t(x) + length <= bounds_.right()) {
+        renderInside(x, y, length, out);
+    } else {
+        renderWithin(bounds_, x, y, length, out,
+                     [&](std::int32_t start, std::int32_t n) { renderInside(start, y, n, out); });
+    }
+}
+
+void PolygonMask::renderInside(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer8& out) {
+    if (y != lastRow_) {
         if (y < lastRow_) restart();
-        if (y != lastRow_) advanceTo(y);
-        switch (ruleKind_) {
-        case RuleKind::nonZero:
-            scan(start, n, out, NonZeroBytes{});
-            break;
-        case RuleKind::evenOdd:
-            scan(start, n, out, EvenOddBytes{});
-            break;
-        case RuleKind::other:
-            scan(start, n, out, RuleBytes{rule_});
-            break;
-        }
-    });
+        advanceTo(y);
+    }
+    switch (ruleKind_) {
+    case RuleKind::nonZero:
+        scan(x, length, out.spanCursor, out.pixelCursor, NonZeroBytes{});
+        break;
+    case RuleKind::evenOdd:
+        scan(x, length, out.spanCursor, out.pixelCursor, EvenOddBytes{});
+        break;
+    case RuleKind::other:
+        scan(x, length, out.spanCursor, out.pixelCursor, RuleBytes{rule_});
+        break;
+    }
+    out.spanCursor += length;
+    out.pixelCursor += length;
 }
 
 }  // namespace tw

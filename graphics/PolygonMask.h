@@ -44,8 +44,9 @@ private:
     void restart();
     void advanceTo(std::int32_t y);
     void sortActive();
+    void renderInside(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer8& out);
     template <class Bytes>
-    void scan(std::int32_t x, std::int32_t length, SpanBuffer8& out, Bytes bytes);
+    void scan(std::int32_t x, std::int32_t length, Span8* spans, std::uint8_t* pixels, Bytes bytes);
 
     std::vector<PolygonSegment> segments_;        // the last one is a sentinel
     std::vector<PolygonSegment*> byTop_;          // sorted by (topY >> 8, leftPixel)
