@@ -13,15 +13,39 @@
 
 namespace tw {
 
+// A rectangle's edges in 64 bits, so that asking whether a request touches it is four
+// plain compares.
+struct RowTest {
+    std::int64_t left, top, right, bottom;
+
+    explicit RowTest(const IntRect& r) : left(r.left), top(r.top), right(r.right()), bottom(r.bottom()) {
+        if (r.isEmpty()) top = bottom = 0;
+    }
+    bool touches(std::int64_t x, std::int64_t y, std::int64_t end) const {
+        return y >= top && y < bottom && end > left && x < right;
+    }
+    bool holds(std::int64_t x, std::int64_t y, std::int64_t end) const {
+        return y >= top && y < bottom && x >= left && end <= right;
+    }
+};
+
 // An input of a combiner. A solid or a raster (a paint's colour, a picture, the canvas
 // under a blend) is answered here, without a call through the renderer for every
-// request.
+// request. A raster's place and size are taken once: they do not change while the tree
+// that uses it is alive.
 template <class Pixel>
 class CombinerInput {
 public:
     explicit CombinerInput(Renderer<Pixel>& renderer)
-        : renderer_(renderer), solid_(dynamic_cast<Solid<Pixel>*>(&renderer)),
-          raster_(dynamic_cast<Raster<Pixel>*>(&renderer)) {}
+        : renderer_(renderer), solid_(dynamic_cast<Solid<Pixel>*>(&renderer)) {
+        if (Raster<Pixel>* raster = dynamic_cast<Raster<Pixel>*>(&renderer); raster && !raster->bounds().isEmpty()) {
+            const IntRect& b = raster->bounds();
+            rasterRows_ = RowTest(b);
+            rasterPixels_ = raster->at(b.left, b.top);
+            rasterStride_ = raster->stride();
+            rasterFlags_ = raster->opaque() ? kSpanOpaque : 0u;
+        }
+    }
 
     // The answer when it is known to be one span: a solid, or a raster that holds the
     // whole stretch.
@@ -30,8 +54,9 @@ public:
             span = Span<Pixel>{std::uint32_t(length) | solidFlags(solid_->value()), &solid_->value()};
             return true;
         }
-        if (raster_ && raster_->holds(x, y, length)) {
-            span = Span<Pixel>{std::uint32_t(length) | (raster_->opaque() ? kSpanOpaque : 0u), raster_->at(x, y)};
+        if (rasterPixels_ && rasterRows_.holds(x, y, std::int64_t(x) + length)) {
+            const Pixel* p = rasterPixels_ + ((y - rasterRows_.top) * rasterStride_ + (x - rasterRows_.left));
+            span = Span<Pixel>{std::uint32_t(length) | rasterFlags_, p};
             return true;
         }
         return false;
@@ -51,20 +76,10 @@ public:
 private:
     Renderer<Pixel>& renderer_;
     Solid<Pixel>* solid_;
-    Raster<Pixel>* raster_;
-};
-
-// A rectangle's edges in 64 bits, so that asking whether a request touches it is four
-// plain compares.
-struct RowTest {
-    std::int64_t left, top, right, bottom;
-
-    explicit RowTest(const IntRect& r) : left(r.left), top(r.top), right(r.right()), bottom(r.bottom()) {
-        if (r.isEmpty()) top = bottom = 0;
-    }
-    bool touches(std::int64_t x, std::int64_t y, std::int64_t end) const {
-        return y >= top && y < bottom && end > left && x < right;
-    }
+    RowTest rasterRows_{IntRect{}};
+    const Pixel* rasterPixels_ = nullptr;  // the top-left pixel, when the input is a raster
+    std::int64_t rasterStride_ = 0;
+    std::uint32_t rasterFlags_ = 0;
 };
 
 // One side of a pair of spans: its flags and, when solid, its value.

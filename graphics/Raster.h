@@ -38,10 +38,6 @@ public:
     std::int32_t stride() const { return stride_; }
     // Whether all pixels are known to be opaque.
     bool opaque() const { return opaque_; }
-    // Whether pixels x .. x+length-1 of row y all lie inside the bounds.
-    bool holds(std::int32_t x, std::int32_t y, std::int32_t length) const {
-        return y >= bounds_.top && y < bounds_.bottom() && x >= bounds_.left && std::int64_t(x) + length <= bounds_.right();
-    }
     // The pixel at absolute coordinates (x, y), which must lie inside the bounds.
     Pixel* at(std::int32_t x, std::int32_t y) {
         return pixels_ + (std::ptrdiff_t(y - bounds_.top) * stride_ + (x - bounds_.left));

@@ -116,8 +116,9 @@ TEST(PixelMath, OpaqueTestsAcceptAlpha254ForColourOnly) {
 
 // The run forms against plain loops of the formulas, for every length up to a few SIMD
 // steps, with pixels that are not premultiplied (so that carries between channels would
-// show), both sides solid or not, and sources that overlap the destination before it,
-// on it, or after it: a plain loop reads what it wrote when the source trails.
+// show) and alphas of 0 and 255 among them, both sides solid or not, and sources that
+// overlap the destination before it, on it, or after it: a plain loop reads what it
+// wrote when the source trails.
 TEST(PixelMath, RunsEqualPlainLoopsOfTheFormulas) {
     std::mt19937 rng(7);
     constexpr std::int32_t kSlack = 8;
@@ -127,7 +128,10 @@ TEST(PixelMath, RunsEqualPlainLoopsOfTheFormulas) {
             std::vector<std::uint32_t> buffer(size + 3 * kSlack), other(size);
             std::vector<std::uint8_t> mask(size);
             for (auto& p : buffer) p = rng();
-            for (auto& p : other) p = rng() % 3 == 0 ? 0xFF000000u | rng() : rng();
+            for (auto& p : other) {
+                const std::uint32_t kind = rng() % 3;
+                p = kind == 0 ? 0xFF000000u | rng() : kind == 1 ? rng() & 0x00FFFFFFu : rng();
+            }
             for (auto& m : mask) m = std::uint8_t(rng() % 4 == 0 ? 255 * (rng() % 2) : rng());
             const std::uint32_t solid = rng();
             const std::uint8_t solidMask = std::uint8_t(rng());
