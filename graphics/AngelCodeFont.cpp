@@ -1,6 +1,5 @@
 #include "graphics/AngelCodeFont.h"
 
-#include "graphics/Blender.h"
 #include "graphics/Clipper.h"
 #include "graphics/Multiplier.h"
 #include "graphics/Offsetter.h"
@@ -70,8 +69,7 @@ Point AngelCodeFont::draw(Raster32& canvas, Point point, std::u16string_view tex
         Clipper8 cut(*mask, IntRect{glyph.x, glyph.y, glyph.width, glyph.height});
         Offsetter8 placed(cut, std::int32_t(gx - glyph.x), std::int32_t(gy - glyph.y));
         Multiplier32x8 inked(ink, placed);
-        Blender32 over(inked, canvas);
-        rasterize32(over, canvas, inked.calcBounds());
+        blend32(inked, canvas, inked.calcBounds());
     });
     return Point{double(clampToInt32(end)), double(clampToInt32(y))};
 }

@@ -1,7 +1,6 @@
 #include "graphics/Image.h"
 
 #include "graphics/Adder.h"
-#include "graphics/Blender.h"
 #include "graphics/Clipper.h"
 #include "graphics/Converter8to32.h"
 #include "graphics/Inverter.h"
@@ -37,11 +36,9 @@ namespace {
 // each combiner, so that the canvas is rendered straight into itself and only read.
 void meetCanvas(Raster32& canvas, Renderer32& top, const IntRect& area, BlendMode mode) {
     switch (mode) {
-    case BlendMode::normal: {
-        Blender32 over(top, canvas);
-        rasterize32(over, canvas, area);
+    case BlendMode::normal:
+        blend32(top, canvas, area);
         break;
-    }
     case BlendMode::add: {
         Adder32 sum(top, canvas);
         rasterize32(sum, canvas, area);

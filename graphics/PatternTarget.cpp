@@ -36,8 +36,7 @@ std::int32_t PatternTarget::resolutionFor(const Matrix& ctx, double patternResol
 void PatternTarget::drawPixels(Renderer32& pixels) {
     if (!declared_) throw Ketch::RunTimeException("Undeclared bounds");
     if (!colour_) return;
-    Blender32 over(pixels, *colour_);
-    rasterize32(over, *colour_, pixels.calcBounds());
+    blend32(pixels, *colour_, pixels.calcBounds());
 }
 
 void PatternTarget::drawMask(Renderer8& mask) {

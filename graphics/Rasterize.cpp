@@ -1,5 +1,7 @@
 #include "graphics/Rasterize.h"
 
+#include "graphics/PixelRuns.h"
+
 #include <emmintrin.h>
 
 #include <algorithm>
@@ -30,31 +32,38 @@ void fill(std::uint32_t* dst, std::int32_t n, std::uint32_t value) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + n - 4), v);
 }
 
-template <class Pixel>
-void rasterize(Renderer<Pixel>& renderer, Raster<Pixel>& destination, const IntRect& clip) {
-    const IntRect area = intersectionOf(intersectionOf(renderer.calcBounds(), destination.bounds()), clip);
+// Calls strip(x, y, length, row) for each strip of at most 256 pixels of the area, in
+// rows from the top and strips from the left.
+template <class Pixel, class Strip>
+void forEachStrip(Raster<Pixel>& destination, const IntRect& area, Strip strip) {
     if (area.isEmpty()) return;
-    Span<Pixel> spans[kMaxSpanLength];
     const std::int32_t width = area.width;
     for (std::int32_t y = area.top; y < area.bottom(); ++y) {
         Pixel* const row = destination.at(area.left, y);
         for (std::int32_t done = 0; done < width; done += kMaxSpanLength) {
-            const std::int32_t length = std::min(kMaxSpanLength, width - done);
-            Pixel* const strip = row + done;
-            SpanBuffer<Pixel> out(spans, strip);
-            renderer.render(area.left + done, y, length, out);
-            for (std::int32_t i = 0; i < length;) {
-                const Span<Pixel> s = spans[i];
-                const std::int32_t n = s.length();
-                if (s.solid()) {
-                    fill(strip + i, n, *s.pixels);
-                } else if (s.pixels != strip + i) {
-                    std::memmove(strip + i, s.pixels, std::size_t(n) * sizeof(Pixel));
-                }
-                i += n;
-            }
+            strip(area.left + done, y, std::min(kMaxSpanLength, width - done), row + done);
         }
     }
+}
+
+template <class Pixel>
+void rasterize(Renderer<Pixel>& renderer, Raster<Pixel>& destination, const IntRect& clip) {
+    const IntRect area = intersectionOf(intersectionOf(renderer.calcBounds(), destination.bounds()), clip);
+    Span<Pixel> spans[kMaxSpanLength];
+    forEachStrip(destination, area, [&](std::int32_t x, std::int32_t y, std::int32_t length, Pixel* strip) {
+        SpanBuffer<Pixel> out(spans, strip);
+        renderer.render(x, y, length, out);
+        for (std::int32_t i = 0; i < length;) {
+            const Span<Pixel> s = spans[i];
+            const std::int32_t n = s.length();
+            if (s.solid()) {
+                fill(strip + i, n, *s.pixels);
+            } else if (s.pixels != strip + i) {
+                std::memmove(strip + i, s.pixels, std::size_t(n) * sizeof(Pixel));
+            }
+            i += n;
+        }
+    });
 }
 
 }  // namespace
@@ -65,6 +74,47 @@ void rasterize32(Renderer32& renderer, Raster32& destination, const IntRect& cli
 
 void rasterize8(Renderer8& renderer, Raster8& destination, const IntRect& clip) {
     rasterize(renderer, destination, clip);
+}
+
+void blend32(Renderer32& top, Raster32& destination, const IntRect& clip) {
+    // The strips are those of rasterising the blender, whose bounds take in the whole
+    // destination: a top that reads the destination sees the same writes before it.
+    // Where the top has nothing, the blender would answer the destination itself.
+    const IntRect area = intersectionOf(destination.bounds(), clip);
+    const IntRect topBounds = top.calcBounds();
+    Span32 spans[kMaxSpanLength];
+    std::uint32_t pixels[kMaxSpanLength];
+    forEachStrip(destination, area, [&](std::int32_t x, std::int32_t y, std::int32_t length, std::uint32_t* strip) {
+        if (!topBounds.touchesRow(x, y, length)) return;
+        SpanBuffer32 out(spans, pixels);
+        top.render(x, y, length, out);
+        // A blender would compute the translucent spans into the destination while
+        // merging, and the rasterising step then write the opaque ones: the same order
+        // here, which matters only to a top that reads the destination elsewhere.
+        bool opaque = false;
+        for (std::int32_t i = 0; i < length;) {
+            const Span32 s = spans[i];
+            const std::int32_t n = s.length();
+            if (s.opaque()) {
+                opaque = true;
+            } else if (!s.solid()) {
+                overRun(s.pixels, strip + i, strip + i, n);
+            } else if (*s.pixels != 0) {
+                overRun(*s.pixels, strip + i, strip + i, n);
+            }
+            i += n;
+        }
+        for (std::int32_t i = 0; opaque && i < length;) {
+            const Span32 s = spans[i];
+            const std::int32_t n = s.length();
+            if (s.opaque() && s.solid()) {
+                fill(strip + i, n, *s.pixels);
+            } else if (s.opaque() && s.pixels != strip + i) {
+                std::memmove(strip + i, s.pixels, std::size_t(n) * sizeof(std::uint32_t));
+            }
+            i += n;
+        }
+    });
 }
 
 }  // namespace tw

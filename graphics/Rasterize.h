@@ -11,4 +11,9 @@ namespace tw {
 void rasterize32(Renderer32& renderer, Raster32& destination, const IntRect& clip = FullRect);
 void rasterize8(Renderer8& renderer, Raster8& destination, const IntRect& clip = FullRect);
 
+// Draws `top` over the destination in place, within `clip`: the pixels that rasterising
+// Blender32(top, destination) into the destination gives, without the blender's merge,
+// since the blender's bottom is the very place its answer goes.
+void blend32(Renderer32& top, Raster32& destination, const IntRect& clip = FullRect);
+
 }  // namespace tw

@@ -141,6 +141,49 @@ TEST(Renderers, RasterizeCopiesOnceAndWritesInPlace) {
     for (std::int32_t x = 3; x < 603; ++x) ASSERT_EQ(*source.at(x, 4), over32(*expected.at(x, 4), *expected.at(x, 4)));
 }
 
+// Drawing over a raster in place gives what rasterising a blender over it gives, also
+// for tops that read the destination itself elsewhere in the row, where the order of
+// writes shows: the destination is opaque, and a top copies some of it (through full
+// coverage) next to pixels it blends.
+TEST(Renderers, BlendingOntoARasterEqualsRasterisingABlender) {
+    const IntRect bounds{-20, 0, 600, 9};
+    Raster32 picture = patchwork<std::uint32_t>(IntRect{-100, 2, 500, 6}, 42);
+    Raster8 maskPixels = patchwork<std::uint8_t>(IntRect{-30, -3, 600, 20}, 43);
+    Optimizer8 mask(maskPixels);  // with opaque runs, so that full coverage passes pixels on
+    Solid32 ink(0xC0604020u);
+    SolidRect32 rect(0x80FF0000u, IntRect{5, 1, 200, 4});
+    for (const IntRect& clip : {FullRect, IntRect{7, 1, 300, 5}}) {
+        for (std::int32_t dx : {-300, -40, -3, 0, 2, 40}) {
+            for (int kind = 0; kind < 4; ++kind) {
+                Raster32 results[2];
+                for (int way = 0; way < 2; ++way) {
+                    Raster32 canvas = patchwork<std::uint32_t>(bounds, 41);
+                    for (std::int32_t y = bounds.top; y < bounds.bottom(); ++y) {
+                        for (std::int32_t x = bounds.left; x < bounds.right(); ++x) *canvas.at(x, y) |= 0xFF000000u;
+                    }
+                    Raster32 view(canvas.at(bounds.left, bounds.top), canvas.stride(), bounds, true);
+                    Offsetter32 shifted(view, dx, 0);
+                    Multiplier32x8 inked(ink, mask);
+                    Multiplier32x8 masked(shifted, mask);
+                    Renderer32* tops[] = {&picture, &inked, &rect, &masked};
+                    if (way == 0) {
+                        Blender32 over(*tops[kind], canvas);
+                        rasterize32(over, canvas, clip);
+                    } else {
+                        blend32(*tops[kind], canvas, clip);
+                    }
+                    results[way] = std::move(canvas);
+                }
+                for (std::int32_t y = bounds.top; y < bounds.bottom(); ++y) {
+                    for (std::int32_t x = bounds.left; x < bounds.right(); ++x) {
+                        ASSERT_EQ(*results[1].at(x, y), *results[0].at(x, y)) << kind << " " << dx << " at " << x << "," << y;
+                    }
+                }
+            }
+        }
+    }
+}
+
 TEST(RLERaster, ReadsBackTheSameInAnyOrderOfRequests) {
     const IntRect bounds{-300, 10, 700, 12};
     Raster32 picture = patchwork<std::uint32_t>(bounds, 9);
