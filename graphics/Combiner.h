@@ -8,79 +8,9 @@
 #include <algorithm>
 #include <type_traits>
 
-#include "graphics/Raster.h"
-#include "graphics/Solid.h"
+#include "graphics/DirectInput.h"
 
 namespace tw {
-
-// A rectangle's edges in 64 bits, so that asking whether a request touches it is four
-// plain compares.
-struct RowTest {
-    std::int64_t left, top, right, bottom;
-
-    explicit RowTest(const IntRect& r) : left(r.left), top(r.top), right(r.right()), bottom(r.bottom()) {
-        if (r.isEmpty()) top = bottom = 0;
-    }
-    bool touches(std::int64_t x, std::int64_t y, std::int64_t end) const {
-        return y >= top && y < bottom && end > left && x < right;
-    }
-    bool holds(std::int64_t x, std::int64_t y, std::int64_t end) const {
-        return y >= top && y < bottom && x >= left && end <= right;
-    }
-};
-
-// An input of a combiner. A solid or a raster (a paint's colour, a picture, the canvas
-// under a blend) is answered here, without a call through the renderer for every
-// request. A raster's place and size are taken once: they do not change while the tree
-// that uses it is alive.
-template <class Pixel>
-class CombinerInput {
-public:
-    explicit CombinerInput(Renderer<Pixel>& renderer)
-        : renderer_(renderer), solid_(dynamic_cast<Solid<Pixel>*>(&renderer)) {
-        if (Raster<Pixel>* raster = dynamic_cast<Raster<Pixel>*>(&renderer); raster && !raster->bounds().isEmpty()) {
-            const IntRect& b = raster->bounds();
-            rasterRows_ = RowTest(b);
-            rasterPixels_ = raster->at(b.left, b.top);
-            rasterStride_ = raster->stride();
-            rasterFlags_ = raster->opaque() ? kSpanOpaque : 0u;
-        }
-    }
-
-    // The answer when it is known to be one span: a solid, or a raster that holds the
-    // whole stretch.
-    [[gnu::always_inline]] bool oneSpan(std::int32_t x, std::int32_t y, std::int32_t length, Span<Pixel>& span) const {
-        if (solid_) {
-            span = Span<Pixel>{std::uint32_t(length) | solidFlags(solid_->value()), &solid_->value()};
-            return true;
-        }
-        if (rasterPixels_ && rasterRows_.holds(x, y, std::int64_t(x) + length)) {
-            const Pixel* p = rasterPixels_ + ((y - rasterRows_.top) * rasterStride_ + (x - rasterRows_.left));
-            span = Span<Pixel>{std::uint32_t(length) | rasterFlags_, p};
-            return true;
-        }
-        return false;
-    }
-
-    [[gnu::always_inline]] void render(std::int32_t x, std::int32_t y, std::int32_t length, SpanBuffer<Pixel>& out) {
-        Span<Pixel> span;
-        if (oneSpan(x, y, length, span)) {
-            out.append(span.lengthFlags, span.pixels);
-        } else {
-            renderer_.render(x, y, length, out);
-        }
-    }
-
-    Renderer<Pixel>& renderer() { return renderer_; }
-
-private:
-    Renderer<Pixel>& renderer_;
-    Solid<Pixel>* solid_;
-    RowTest rasterRows_{IntRect{}};
-    const Pixel* rasterPixels_ = nullptr;  // the top-left pixel, when the input is a raster
-    std::int64_t rasterStride_ = 0;
-    std::uint32_t rasterFlags_ = 0;
-};
 
 // One side of a pair of spans: its flags and, when solid, its value.
 template <class Pixel>
@@ -352,10 +282,10 @@ private:
         put(spans, i, std::uint32_t(n) | (Policy::computedOpaque(a, b) ? kSpanOpaque : 0u), dst);
     }
 
-    CombinerInput<First> first_;
-    CombinerInput<Out> second_;
-    RowTest firstRows_;
-    RowTest secondRows_;
+    DirectInput<First> first_;
+    DirectInput<Out> second_;
+    RectEdges firstRows_;
+    RectEdges secondRows_;
     IntRect bounds_;
     Span<First> firstSpans_[kMaxSpanLength];  // the first's spans, or with one pixel type the second's
     First firstPixels_[kMaxSpanLength];

@@ -22,6 +22,22 @@ struct IntRect {
     friend bool operator==(const IntRect&, const IntRect&) = default;
 };
 
+// A rectangle's edges in 64 bits, so that asking whether a request touches it or lies
+// within it is four plain compares.
+struct RectEdges {
+    std::int64_t left, top, right, bottom;
+
+    explicit RectEdges(const IntRect& r) : left(r.left), top(r.top), right(r.right()), bottom(r.bottom()) {
+        if (r.isEmpty()) top = bottom = 0;
+    }
+    bool touches(std::int64_t x, std::int64_t y, std::int64_t end) const {
+        return y >= top && y < bottom && end > left && x < right;
+    }
+    bool holds(std::int64_t x, std::int64_t y, std::int64_t end) const {
+        return y >= top && y < bottom && x >= left && end <= right;
+    }
+};
+
 constexpr IntRect FullRect{-1073741824, -1073741824, 2147483647, 2147483647};
 
 // An empty operand counts as absent: the result is the other one.

@@ -1,5 +1,6 @@
 #include "graphics/Rasterize.h"
 
+#include "graphics/DirectInput.h"
 #include "graphics/PixelRuns.h"
 
 #include <emmintrin.h>
@@ -15,7 +16,7 @@ namespace {
 // overlapping the one before rather than finishing pixel by pixel.
 void fill(std::uint8_t* dst, std::int32_t n, std::uint8_t value) { std::memset(dst, value, std::size_t(n)); }
 
-void fill(std::uint32_t* dst, std::int32_t n, std::uint32_t value) {
+[[gnu::always_inline]] inline void fill(std::uint32_t* dst, std::int32_t n, std::uint32_t value) {
     if (n < 4) {
         dst[0] = value;
         if (n > 1) dst[1] = value;
@@ -30,6 +31,27 @@ void fill(std::uint32_t* dst, std::int32_t n, std::uint32_t value) {
     }
     if (k + 4 <= n) _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + k), v);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + n - 4), v);
+}
+
+// A top's span over the destination, as a blender with the destination below would
+// have it: a translucent span is blended in place, a transparent one leaves it alone.
+[[gnu::always_inline]] inline void blendTranslucent(const Span32& s, std::uint32_t* dst, std::int32_t n) {
+    if (s.opaque()) return;
+    if (!s.solid()) {
+        overRun(s.pixels, dst, dst, n);
+    } else if (*s.pixels != 0) {
+        overRun(*s.pixels, dst, dst, n);
+    }
+}
+
+// An opaque span replaces the destination.
+[[gnu::always_inline]] inline void writeOpaque(const Span32& s, std::uint32_t* dst, std::int32_t n) {
+    if (!s.opaque()) return;
+    if (s.solid()) {
+        fill(dst, n, *s.pixels);
+    } else if (s.pixels != dst) {
+        std::memmove(dst, s.pixels, std::size_t(n) * sizeof(std::uint32_t));
+    }
 }
 
 // Calls strip(x, y, length, row) for each strip of at most 256 pixels of the area, in
@@ -81,38 +103,34 @@ void blend32(Renderer32& top, Raster32& destination, const IntRect& clip) {
     // destination: a top that reads the destination sees the same writes before it.
     // Where the top has nothing, the blender would answer the destination itself.
     const IntRect area = intersectionOf(destination.bounds(), clip);
-    const IntRect topBounds = top.calcBounds();
+    const RectEdges topEdges(top.calcBounds());
+    DirectInput<std::uint32_t> input(top);
     Span32 spans[kMaxSpanLength];
     std::uint32_t pixels[kMaxSpanLength];
+    std::int32_t opaqueAt[kMaxSpanLength];  // where the opaque spans of a strip start
     forEachStrip(destination, area, [&](std::int32_t x, std::int32_t y, std::int32_t length, std::uint32_t* strip) {
-        if (!topBounds.touchesRow(x, y, length)) return;
+        if (!topEdges.touches(x, y, std::int64_t(x) + length)) return;
+        Span32 one;
+        if (input.oneSpan(x, y, length, one)) {
+            blendTranslucent(one, strip, length);
+            writeOpaque(one, strip, length);
+            return;
+        }
         SpanBuffer32 out(spans, pixels);
-        top.render(x, y, length, out);
+        input.renderer().render(x, y, length, out);
         // A blender would compute the translucent spans into the destination while
         // merging, and the rasterising step then write the opaque ones: the same order
         // here, which matters only to a top that reads the destination elsewhere.
-        bool opaque = false;
+        std::int32_t opaque = 0;
         for (std::int32_t i = 0; i < length;) {
             const Span32 s = spans[i];
-            const std::int32_t n = s.length();
-            if (s.opaque()) {
-                opaque = true;
-            } else if (!s.solid()) {
-                overRun(s.pixels, strip + i, strip + i, n);
-            } else if (*s.pixels != 0) {
-                overRun(*s.pixels, strip + i, strip + i, n);
-            }
-            i += n;
+            blendTranslucent(s, strip + i, s.length());
+            if (s.opaque()) opaqueAt[opaque++] = i;
+            i += s.length();
         }
-        for (std::int32_t i = 0; opaque && i < length;) {
-            const Span32 s = spans[i];
-            const std::int32_t n = s.length();
-            if (s.opaque() && s.solid()) {
-                fill(strip + i, n, *s.pixels);
-            } else if (s.opaque() && s.pixels != strip + i) {
-                std::memmove(strip + i, s.pixels, std::size_t(n) * sizeof(std::uint32_t));
-            }
-            i += n;
+        for (std::int32_t k = 0; k < opaque; ++k) {
+            const std::int32_t i = opaqueAt[k];
+            writeOpaque(spans[i], strip + i, spans[i].length());
         }
     });
 }
