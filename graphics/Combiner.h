@@ -128,6 +128,14 @@ private:
                 return;
             }
         }
+        if (const Out* value = second_.solidValue()) {
+            // A solid second input is met by each of the first's spans in one walk.
+            const Span<Out> s{std::uint32_t(length) | solidFlags(*value), value};
+            mergeWithOne<true>(firstSpans, s, spans, pixels, 0, length);
+            out.spanCursor = spans + length;
+            out.pixelCursor = pixels + length;
+            return;
+        }
         std::int32_t lead = 0;
         while (lead < length && Policy::alone(firstSpans[lead])) lead += firstSpans[lead].length();
         std::int32_t tail = length;

@@ -50,6 +50,8 @@ public:
     }
 
     Renderer<Pixel>& renderer() { return renderer_; }
+    // The value of a solid input, or none.
+    const Pixel* solidValue() const { return solid_ ? &solid_->value() : nullptr; }
 
 private:
     Renderer<Pixel>& renderer_;

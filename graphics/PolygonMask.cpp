@@ -299,6 +299,17 @@ void PolygonMask::scan(std::int32_t x, std::int32_t length, Span8* spans, std::u
             const std::int32_t d = ((0x200 - fr - fl) * cov) >> 9;
             delta[l] += std::uint32_t(d);
             delta[l + 1] += std::uint32_t(cov - d);
+        } else if (r == l + 1 && l >= 0 && r < length) {
+            // Two pixels, both in the strip: the spread below without its clipping.
+            const std::int64_t area = s.areaPerPixel;
+            std::int64_t a = ((0x100 - fl) * area) >> 8;
+            if ((a < 0 ? -a : a) > (cov < 0 ? -cov : cov)) a = cov;
+            const std::int64_t b = ((0x100 - fl) * a) >> 9;
+            const std::int64_t rem = cov - a;
+            const std::int64_t d = ((0x200 - fr) * rem) >> 9;
+            delta[l] += std::uint32_t(b);
+            delta[l + 1] += std::uint32_t(a - b + d);
+            delta[l + 2] += std::uint32_t(rem - d);
         } else {
             addSpread(delta, l, r, fl, fr, cov, s.areaPerPixel, length);
         }
