@@ -61,6 +61,10 @@ public:
         }
     }
 
+protected:
+    DirectInput<First>& first() { return first_; }
+    const DirectInput<Out>& second() const { return second_; }
+
 private:
     static constexpr bool kSameType = std::is_same_v<First, Out>;
     static constexpr bool kHasRuns = requires(const First* a, const Out* b, Out* d) { Policy::run(a, b, d, 0); };

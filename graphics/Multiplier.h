@@ -65,6 +65,10 @@ public:
 class Multiplier32x8 : public Combiner<MultiplyPolicy<std::uint8_t, std::uint32_t>> {
 public:
     Multiplier32x8(Renderer32& colour, Renderer8& mask) : Combiner(mask, colour) {}
+
+    // For blend32, which draws a solid colour through its mask in one pass.
+    const std::uint32_t* solidColour() const { return second().solidValue(); }
+    Renderer8& mask() { return first().renderer(); }
 };
 
 // mul8(a, b) per pixel; a is rendered first.

@@ -123,4 +123,15 @@ void scaleRun4(const std::uint32_t* colour, std::uint8_t mask, std::uint32_t* ds
         [&](std::int32_t k) { dst[k] = scale32(colour[k], mask); });
 }
 
+void overScaledRun4(std::uint32_t colour, const std::uint8_t* mask, std::uint32_t* dst, std::int32_t n) {
+    const __m128i c = _mm_set1_epi32(std::int32_t(colour));
+    byFours(
+        false, n,
+        [&](std::int32_t k) {
+            const __m128i top = scale4(c, multipliers(mask + k));
+            store(dst + k, over4(top, alphaMultipliers(top), load(dst + k)));
+        },
+        [&](std::int32_t k) { dst[k] = over32(scale32(colour, mask[k]), dst[k]); });
+}
+
 }  // namespace tw

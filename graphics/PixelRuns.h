@@ -18,6 +18,7 @@ void overRun4(const std::uint32_t* top, std::uint32_t bottom, std::uint32_t* dst
 void scaleRun4(const std::uint32_t* colour, const std::uint8_t* mask, std::uint32_t* dst, std::int32_t n);
 void scaleRun4(std::uint32_t colour, const std::uint8_t* mask, std::uint32_t* dst, std::int32_t n);
 void scaleRun4(const std::uint32_t* colour, std::uint8_t mask, std::uint32_t* dst, std::int32_t n);
+void overScaledRun4(std::uint32_t colour, const std::uint8_t* mask, std::uint32_t* dst, std::int32_t n);
 
 // Pixel k of a run side: a run's pixel, or a solid side's value.
 inline std::uint32_t runPixel(const std::uint32_t* p, std::int32_t k) { return p[k]; }
@@ -48,6 +49,15 @@ template <class Colour, class Mask>
 [[gnu::always_inline]] inline void scaleRun(Colour colour, Mask mask, std::uint32_t* dst, std::int32_t n) {
     if (!doneInLine(n, [&](std::int32_t k) { dst[k] = scale32(runPixel(colour, k), runPixel(mask, k)); })) {
         scaleRun4(colour, mask, dst, n);
+    }
+}
+
+// dst[k] = over32(scale32(colour, mask[k]), dst[k]): a colour through a coverage over a
+// destination in place, in one pass.
+[[gnu::always_inline]] inline void overScaledRun(std::uint32_t colour, const std::uint8_t* mask, std::uint32_t* dst,
+                                                 std::int32_t n) {
+    if (!doneInLine(n, [&](std::int32_t k) { dst[k] = over32(scale32(colour, mask[k]), dst[k]); })) {
+        overScaledRun4(colour, mask, dst, n);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "graphics/Rasterize.h"
 
 #include "graphics/DirectInput.h"
+#include "graphics/Multiplier.h"
 #include "graphics/PixelRuns.h"
 
 #include <emmintrin.h>
@@ -98,6 +99,37 @@ void rasterize8(Renderer8& renderer, Raster8& destination, const IntRect& clip) 
     rasterize(renderer, destination, clip);
 }
 
+namespace {
+
+// A solid colour through a coverage over the destination in place, as a blender over a
+// Multiplier32x8 of the colour and the coverage would have it. Each coverage span says
+// what the multiplier's span would be: nothing, the colour, the colour scaled once, or
+// the colour scaled pixel by pixel; and each of those meets the destination as a
+// blender would meet it. Nothing is copied from elsewhere, so one pass does.
+void blendInked(std::uint32_t colour, const Span8* spans, std::uint32_t* dst, std::int32_t length) {
+    const auto solid = [&](std::uint32_t value, std::int32_t i, std::int32_t n) {
+        if (isOpaque(value)) {
+            fill(dst + i, n, value);
+        } else if (value != 0) {
+            overRun(value, dst + i, dst + i, n);
+        }
+    };
+    for (std::int32_t i = 0; i < length;) {
+        const Span8 s = spans[i];
+        const std::int32_t n = s.length();
+        if (s.opaque()) {
+            solid(colour, i, n);
+        } else if (s.solid()) {
+            if (*s.pixels != 0) solid(scale32(colour, *s.pixels), i, n);
+        } else {
+            overScaledRun(colour, s.pixels, dst + i, n);
+        }
+        i += n;
+    }
+}
+
+}  // namespace
+
 void blend32(Renderer32& top, Raster32& destination, const IntRect& clip) {
     // The strips are those of rasterising the blender, whose bounds take in the whole
     // destination: a top that reads the destination sees the same writes before it.
@@ -105,6 +137,20 @@ void blend32(Renderer32& top, Raster32& destination, const IntRect& clip) {
     const IntRect area = intersectionOf(destination.bounds(), clip);
     const RectEdges topEdges(top.calcBounds());
     DirectInput<std::uint32_t> input(top);
+    auto* inked = dynamic_cast<Multiplier32x8*>(&top);
+    if (inked && inked->solidColour()) {
+        const std::uint32_t colour = *inked->solidColour();
+        Renderer8& mask = inked->mask();
+        Span8 maskSpans[kMaxSpanLength];
+        std::uint8_t coverage[kMaxSpanLength];
+        forEachStrip(destination, area, [&](std::int32_t x, std::int32_t y, std::int32_t length, std::uint32_t* strip) {
+            if (!topEdges.touches(x, y, std::int64_t(x) + length)) return;
+            SpanBuffer8 out(maskSpans, coverage);
+            mask.render(x, y, length, out);
+            blendInked(colour, maskSpans, strip, length);
+        });
+        return;
+    }
     Span32 spans[kMaxSpanLength];
     std::uint32_t pixels[kMaxSpanLength];
     std::int32_t opaqueAt[kMaxSpanLength];  // where the opaque spans of a strip start

@@ -162,6 +162,12 @@ TEST(PixelMath, RunsEqualPlainLoopsOfTheFormulas) {
             check(
                 "scale, solid colour", [&](const std::uint32_t*, std::uint32_t* dst) { scaleRun(solid, mask.data(), dst, n); },
                 [&](const std::uint32_t*, std::int32_t k) { return scale32(solid, mask[k]); });
+            if (shift == 0) {
+                std::vector<std::uint32_t> got = buffer, want = buffer;
+                overScaledRun(solid, mask.data(), got.data() + kSlack, n);
+                for (std::int32_t k = 0; k < n; ++k) want[kSlack + k] = over32(scale32(solid, mask[k]), want[kSlack + k]);
+                ASSERT_EQ(got, want) << "over scaled n=" << n;
+            }
             check(
                 "scale, solid mask", [&](const std::uint32_t* src, std::uint32_t* dst) { scaleRun(src, solidMask, dst, n); },
                 [&](const std::uint32_t* src, std::int32_t k) { return scale32(src[k], solidMask); });

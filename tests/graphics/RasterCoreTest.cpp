@@ -150,11 +150,14 @@ TEST(Renderers, BlendingOntoARasterEqualsRasterisingABlender) {
     Raster32 picture = patchwork<std::uint32_t>(IntRect{-100, 2, 500, 6}, 42);
     Raster8 maskPixels = patchwork<std::uint8_t>(IntRect{-30, -3, 600, 20}, 43);
     Optimizer8 mask(maskPixels);  // with opaque runs, so that full coverage passes pixels on
-    Solid32 ink(0xC0604020u);
     SolidRect32 rect(0x80FF0000u, IntRect{5, 1, 200, 4});
+    // Inks: translucent, opaque, opaque by the 254 rule, none; the ink kind draws the
+    // colour through the coverage in one pass.
+    const std::uint32_t inks[] = {0xC0604020u, 0xFF102030u, 0xFE0A0B0Cu, 0u};
     for (const IntRect& clip : {FullRect, IntRect{7, 1, 300, 5}}) {
         for (std::int32_t dx : {-300, -40, -3, 0, 2, 40}) {
-            for (int kind = 0; kind < 4; ++kind) {
+            for (int kind = 0; kind < 7; ++kind) {
+                Solid32 ink(inks[std::max(kind - 3, 0)]);
                 Raster32 results[2];
                 for (int way = 0; way < 2; ++way) {
                     Raster32 canvas = patchwork<std::uint32_t>(bounds, 41);
@@ -165,7 +168,7 @@ TEST(Renderers, BlendingOntoARasterEqualsRasterisingABlender) {
                     Offsetter32 shifted(view, dx, 0);
                     Multiplier32x8 inked(ink, mask);
                     Multiplier32x8 masked(shifted, mask);
-                    Renderer32* tops[] = {&picture, &inked, &rect, &masked};
+                    Renderer32* tops[] = {&picture, &masked, &rect, &inked, &inked, &inked, &inked};
                     if (way == 0) {
                         Blender32 over(*tops[kind], canvas);
                         rasterize32(over, canvas, clip);
