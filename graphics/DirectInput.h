@@ -50,6 +50,19 @@ public:
     }
 
     Renderer<Pixel>& renderer() { return renderer_; }
+    // Whether the input is a raster whose memory overlaps that of `other`.
+    bool sharesMemoryWith(Raster<Pixel>& other) const {
+        const IntRect& b = other.bounds();
+        if (!rasterPixels_ || b.isEmpty()) return false;
+        const Pixel* const mine = rasterPixels_;
+        const Pixel* const mineEnd = mine + (std::int64_t(rasterRows_.bottom - rasterRows_.top - 1) * rasterStride_ +
+                                             (rasterRows_.right - rasterRows_.left));
+        const Pixel* const theirs = other.at(b.left, b.top);
+        const Pixel* const theirsEnd = theirs + (std::int64_t(b.height - 1) * other.stride() + b.width);
+        // Compared as addresses: the two may come from different allocations.
+        const auto address = [](const Pixel* p) { return reinterpret_cast<std::uintptr_t>(p); };
+        return address(mine) < address(theirsEnd) && address(theirs) < address(mineEnd);
+    }
     // The value of a solid input, or none.
     const Pixel* solidValue() const { return solid_ ? &solid_->value() : nullptr; }
 

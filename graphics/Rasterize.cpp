@@ -56,13 +56,14 @@ void fill(std::uint8_t* dst, std::int32_t n, std::uint8_t value) { std::memset(d
 }
 
 // Calls strip(x, y, length, row) for each strip of at most 256 pixels of the area, in
-// rows from the top and strips from the left.
-template <class Pixel, class Strip>
-void forEachStrip(Raster<Pixel>& destination, const IntRect& area, Strip strip) {
+// rows from the top and strips from the left; unless whole(y, row) has done the row.
+template <class Pixel, class Whole, class Strip>
+void forEachStrip(Raster<Pixel>& destination, const IntRect& area, Whole whole, Strip strip) {
     if (area.isEmpty()) return;
     const std::int32_t width = area.width;
     for (std::int32_t y = area.top; y < area.bottom(); ++y) {
         Pixel* const row = destination.at(area.left, y);
+        if (whole(y, row)) continue;
         for (std::int32_t done = 0; done < width; done += kMaxSpanLength) {
             strip(area.left + done, y, std::min(kMaxSpanLength, width - done), row + done);
         }
@@ -70,10 +71,15 @@ void forEachStrip(Raster<Pixel>& destination, const IntRect& area, Strip strip) 
 }
 
 template <class Pixel>
+bool noWholeRows(std::int32_t, Pixel*) {
+    return false;
+}
+
+template <class Pixel>
 void rasterize(Renderer<Pixel>& renderer, Raster<Pixel>& destination, const IntRect& clip) {
     const IntRect area = intersectionOf(intersectionOf(renderer.calcBounds(), destination.bounds()), clip);
     Span<Pixel> spans[kMaxSpanLength];
-    forEachStrip(destination, area, [&](std::int32_t x, std::int32_t y, std::int32_t length, Pixel* strip) {
+    forEachStrip(destination, area, noWholeRows<Pixel>, [&](std::int32_t x, std::int32_t y, std::int32_t length, Pixel* strip) {
         SpanBuffer<Pixel> out(spans, strip);
         renderer.render(x, y, length, out);
         for (std::int32_t i = 0; i < length;) {
@@ -143,7 +149,8 @@ void blend32(Renderer32& top, Raster32& destination, const IntRect& clip) {
         Renderer8& mask = inked->mask();
         Span8 maskSpans[kMaxSpanLength];
         std::uint8_t coverage[kMaxSpanLength];
-        forEachStrip(destination, area, [&](std::int32_t x, std::int32_t y, std::int32_t length, std::uint32_t* strip) {
+        forEachStrip(destination, area, noWholeRows<std::uint32_t>,
+                     [&](std::int32_t x, std::int32_t y, std::int32_t length, std::uint32_t* strip) {
             if (!topEdges.touches(x, y, std::int64_t(x) + length)) return;
             SpanBuffer8 out(maskSpans, coverage);
             mask.render(x, y, length, out);
@@ -154,7 +161,23 @@ void blend32(Renderer32& top, Raster32& destination, const IntRect& clip) {
     Span32 spans[kMaxSpanLength];
     std::uint32_t pixels[kMaxSpanLength];
     std::int32_t opaqueAt[kMaxSpanLength];  // where the opaque spans of a strip start
-    forEachStrip(destination, area, [&](std::int32_t x, std::int32_t y, std::int32_t length, std::uint32_t* strip) {
+    // A picture or a solid that answers a whole row as one span is drawn a row at a
+    // time: the same pixels as strip by strip, unless the picture shares memory with the
+    // destination, where copies strip by strip would read what earlier strips wrote.
+    const bool rowsAtOnce = !input.sharesMemoryWith(destination);
+    const auto whole = [&](std::int32_t y, std::uint32_t* row) {
+        Span32 one;
+        if (!rowsAtOnce || !input.oneSpan(area.left, y, area.width, one)) return false;
+        if (one.opaque() && !one.solid()) {
+            // Apart from the destination, so a plain copy.
+            std::memcpy(row, one.pixels, std::size_t(area.width) * sizeof(std::uint32_t));
+            return true;
+        }
+        blendTranslucent(one, row, area.width);
+        writeOpaque(one, row, area.width);
+        return true;
+    };
+    forEachStrip(destination, area, whole, [&](std::int32_t x, std::int32_t y, std::int32_t length, std::uint32_t* strip) {
         if (!topEdges.touches(x, y, std::int64_t(x) + length)) return;
         Span32 one;
         if (input.oneSpan(x, y, length, one)) {

@@ -151,13 +151,21 @@ TEST(Renderers, BlendingOntoARasterEqualsRasterisingABlender) {
     Raster8 maskPixels = patchwork<std::uint8_t>(IntRect{-30, -3, 600, 20}, 43);
     Optimizer8 mask(maskPixels);  // with opaque runs, so that full coverage passes pixels on
     SolidRect32 rect(0x80FF0000u, IntRect{5, 1, 200, 4});
+    // Pictures that hold whole rows of the canvas, translucent and opaque, go a row at
+    // a time.
+    Raster32 wide = patchwork<std::uint32_t>(IntRect{-40, -2, 700, 14}, 44);
+    Raster32 opaquePixels = patchwork<std::uint32_t>(IntRect{-40, -2, 700, 14}, 45);
+    for (std::int32_t y = -2; y < 12; ++y) {
+        for (std::int32_t x = -40; x < 660; ++x) *opaquePixels.at(x, y) |= 0xFF000000u;
+    }
+    Raster32 wideOpaque(opaquePixels.at(-40, -2), opaquePixels.stride(), IntRect{-40, -2, 700, 14}, true);
     // Inks: translucent, opaque, opaque by the 254 rule, none; the ink kind draws the
     // colour through the coverage in one pass.
     const std::uint32_t inks[] = {0xC0604020u, 0xFF102030u, 0xFE0A0B0Cu, 0u};
     for (const IntRect& clip : {FullRect, IntRect{7, 1, 300, 5}}) {
         for (std::int32_t dx : {-300, -40, -3, 0, 2, 40}) {
-            for (int kind = 0; kind < 7; ++kind) {
-                Solid32 ink(inks[std::max(kind - 3, 0)]);
+            for (int kind = 0; kind < 10; ++kind) {
+                Solid32 ink(inks[std::clamp(kind - 3, 0, 3)]);
                 Raster32 results[2];
                 for (int way = 0; way < 2; ++way) {
                     Raster32 canvas = patchwork<std::uint32_t>(bounds, 41);
@@ -168,7 +176,11 @@ TEST(Renderers, BlendingOntoARasterEqualsRasterisingABlender) {
                     Offsetter32 shifted(view, dx, 0);
                     Multiplier32x8 inked(ink, mask);
                     Multiplier32x8 masked(shifted, mask);
-                    Renderer32* tops[] = {&picture, &masked, &rect, &inked, &inked, &inked, &inked};
+                    // The canvas itself, moved: a picture in the destination's memory,
+                    // which must not be read after it was written.
+                    Raster32 moved(canvas.at(bounds.left, bounds.top), canvas.stride(),
+                                   IntRect{bounds.left + dx, bounds.top, bounds.width, bounds.height}, true);
+                    Renderer32* tops[] = {&picture, &masked, &rect, &inked, &inked, &inked, &inked, &wide, &wideOpaque, &moved};
                     if (way == 0) {
                         Blender32 over(*tops[kind], canvas);
                         rasterize32(over, canvas, clip);
