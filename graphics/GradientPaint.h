@@ -1,7 +1,7 @@
 // Gradient paints: a ramp (the position along a linear axis, or the closeness to a radial
 // centre) looked up in a gradient table. The colour flavour holds a table of colours and
 // draws pixels; the mask flavour holds a table of coverage bytes and draws masks. Stops
-// are given in ascending position from 0 to 1, as written in the paint specification; for
+// are given in ascending position from 0 to 1, as written in the paint spec; for
 // radial gradients 0 is the centre and 1 the rim (the paint turns them round for its ramp).
 #pragma once
 

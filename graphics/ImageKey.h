@@ -1,4 +1,4 @@
-// An image specification, read from a layout's `image` value: which picture, and how it
+// An image spec, read from a layout's `image` value: which picture, and how it
 // is prepared at load (compression, mask, gamma, opacity, blend, clip, offset). The
 // resource manager caches its images under this key.
 #pragma once
@@ -39,7 +39,7 @@ bool operator<(const ImageKey& a, const ImageKey& b);
 // The width and height of the picture that a key without clip and offset names.
 using ImageSizeLookup = std::function<std::pair<std::int32_t, std::int32_t>(const ImageKey&)>;
 
-// Reads an image specification: a plain name, or a map with `name`, `format` ("rle",
+// Reads an image spec: a plain name, or a map with `name`, `format` ("rle",
 // "mask", "rlemask"), `gamma` (at most 4), `opacity` (percent), `blend`, `clip` (bounds
 // whose `w` and `h` are the picture's size, which `imageSize` is asked for) and `offset`
 // (a pair). Throws FormatException "Invalid image format specification: ", and the

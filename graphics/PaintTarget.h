@@ -1,6 +1,6 @@
 // Where a painter's output ends: the colour canvas of a view, a mask being built, or a
 // pattern's raster. Paints hand it a finished renderer tree. Which kind of paint a target
-// takes (colour or mask) tells the painter how to read paint specifications.
+// takes (colour or mask) tells the painter how to read paint specs.
 #pragma once
 
 #include "graphics/Renderer.h"

@@ -43,7 +43,7 @@ public:
     // clip or an offset cuts from the picture of the same key without them.
     std::shared_ptr<Image> getImage(const ImageKey& key);
 
-    // Reads an image specification; a `clip` is read against the picture's size.
+    // Reads an image spec; a `clip` is read against the picture's size.
     ImageKey parseImageSpec(const std::string& text);
 
     // The font for a font spec, made once per spec text: a map with `film` (a film font),

@@ -1,4 +1,4 @@
-// The solid values of Keel paint specifications: colours on a colour target, opacities on
+// The solid values of Keel paint specs: colours on a colour target, opacities on
 // a mask target and in every `opacity:`. Gradient stops are read with the same two.
 #pragma once
 

@@ -1,4 +1,4 @@
-// The gradient of a Keel paint specification, the expanded text of its `gradient:` label:
+// The gradient of a Keel paint spec, the expanded text of its `gradient:` label:
 // "linear x0,y0,x1,y1 stops:[0 white 1 black]" or "radial cx,cy,rx[,ry] from:white to:none".
 // Stop values are colours on a colour target and opacities on a mask target.
 #pragma once

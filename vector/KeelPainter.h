@@ -63,7 +63,7 @@ private:
     void mask(Ketch::Frame& frame, std::string_view arguments);
     void bounds(Ketch::Frame& frame, std::string_view arguments);
 
-    // The paint specification of `fill`, `pen` and `wipe`. A new paint replaces the whole
+    // The paint spec of `fill`, `pen` and `wipe`. A new paint replaces the whole
     // style; `opacity:`, `relative:` and `transform:` then change the style. Returns
     // whether a paint was given.
     bool readPaint(Ketch::Frame& frame, Ketch::ArgumentList& args, PaintStyle& style);

@@ -1,4 +1,4 @@
-// Feeds arbitrary text to the image specification reader, against a picture of 64 by 48.
+// Feeds arbitrary text to the image spec reader, against a picture of 64 by 48.
 #include "graphics/ImageKey.h"
 
 #include "platform/Exception.h"
