@@ -6,12 +6,12 @@
 #include <numbers>
 
 #include "RenderProbe.h"
+#include "SavePicture.h"
 #include "graphics/CanvasTarget.h"
 #include "graphics/CoverageChain.h"
 #include "graphics/GradientPaint.h"
 #include "graphics/LinearRamp8.h"
 #include "graphics/MaskTarget.h"
-#include "graphics/PNGWriter.h"
 #include "graphics/PatternTarget.h"
 #include "graphics/PolygonMask.h"
 #include "graphics/RadialRamp8.h"
@@ -50,12 +50,6 @@ std::string ketchMessage(const std::function<void()>& f) {
         return e.message();
     }
     return "<no error>";
-}
-
-void savePicture(const std::string& name, const Raster32& raster) {
-    const std::filesystem::path folder = std::filesystem::path(TIDEWAKE_BINARY_DIR) / "pictures" / "graphics";
-    std::filesystem::create_directories(folder);
-    writePNG((folder / name).string(), raster);
 }
 
 }  // namespace
@@ -241,7 +235,7 @@ TEST(Pictures, StarGradientAndPattern) {
         PolygonMask dashes(spiral, canvas.bounds(), FillRule::nonZero());
         const PaintStyle thin = styleOf(std::make_shared<SolidColourPaint>(0xC0FFFFFFu));
         thin.paint->draw(thin, ctx, target, {}, dashes);
-        savePicture("stroked-star.png", canvas);
+        test::savePicture("stroked-star.png", canvas);
     }
     {
         Raster32 canvas(IntRect{0, 0, 525, 475});
@@ -256,7 +250,7 @@ TEST(Pictures, StarGradientAndPattern) {
         sun.addCircle(380, 330, 70, 1);
         const GradientStop glow[] = {{0, 0xFFFFFFFFu}, {0.5, 0xC0C0A040u}, {1, 0}};
         fill(sun, target, styleOf(std::make_shared<RadialColourPaint>(Point{380, 330}, 70, 70, glow)));
-        savePicture("gradient.png", canvas);
+        test::savePicture("gradient.png", canvas);
     }
     {
         PatternTarget tile(PaintKind::colour, 1);
@@ -275,6 +269,6 @@ TEST(Pictures, StarGradientAndPattern) {
         PaintStyle style = styleOf(tile.makePaint());
         style.matrix = compose(Matrix::rotate(0.4), Matrix::scale(1.5, 1.5));
         fill(blob, target, style);
-        savePicture("pattern.png", canvas);
+        test::savePicture("pattern.png", canvas);
     }
 }

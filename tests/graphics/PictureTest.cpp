@@ -1,11 +1,11 @@
 // Pictures to look at, in build/pictures/graphics: text in the generated fonts over a
 // gradient, and the frames of a film strip, plain and interpolated.
+#include "SavePicture.h"
 #include "graphics/Blender.h"
 #include "graphics/Film.h"
 #include "graphics/ImageDecoder.h"
 #include "graphics/InterpolatedFilm.h"
 #include "graphics/Multiplier.h"
-#include "graphics/PNGWriter.h"
 #include "graphics/PolygonMask.h"
 #include "graphics/Rasterize.h"
 #include "graphics/ResourceManager.h"
@@ -21,12 +21,6 @@
 using namespace tw;
 
 namespace {
-
-void savePicture(const std::string& name, const Raster32& raster) {
-    const std::filesystem::path folder = std::filesystem::path(TIDEWAKE_BINARY_DIR) / "pictures" / "graphics";
-    std::filesystem::create_directories(folder);
-    writePNG((folder / name).string(), raster);
-}
 
 // A vertical gradient from a dark blue to a pale grey, opaque.
 Raster32 gradient(std::int32_t width, std::int32_t height) {
@@ -94,7 +88,7 @@ TEST(Pictures, TextOverAGradient) {
     }
     // The system font, and a replacement character for what the fonts lack.
     resources.getFont("{ color: 0x80800000 }")->draw(canvas, Point{8, y + 4}, u"System font \u20AC \u2603");
-    savePicture("text.png", canvas);
+    test::savePicture("text.png", canvas);
 
     // Every line left ink in its own band of rows, and nothing reached the far margins.
     for (std::int32_t band = 0; band < 9; ++band) {
@@ -120,7 +114,7 @@ TEST(Pictures, FilmFrames) {
     // towards the first.
     for (std::int32_t i = 0; i < 13; ++i) smooth.drawFrame(canvas, i * (smooth.frameCount() - 1) / 12, 8 + 44 * i, 60);
     smooth.drawFrame(canvas, (7 << 8) + 128, 8 + 44 * 13, 60);
-    savePicture("films.png", canvas);
+    test::savePicture("films.png", canvas);
 
     // Frame 3 drawn plainly and at index 3 << 8 of the interpolated film are the same.
     Raster32 a(IntRect{0, 0, 40, 40}), b(IntRect{0, 0, 40, 40});
