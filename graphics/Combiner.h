@@ -191,28 +191,7 @@ private:
                 b = SpanPiece<Out>{s.solid(), s.opaque(), s.solid() ? *s.pixels : Out(0)};
             }
             const std::int32_t n = std::min(firstLeft, secondLeft);
-            switch (Policy::pick(a, b)) {
-            case PairResult::First:
-                if constexpr (kSameType) put(spans, i, std::uint32_t(n) | firstFlags, firstPtr);
-                break;
-            case PairResult::Second:
-                if (b.solid) {
-                    pixels[i] = b.value;
-                    put(spans, i, std::uint32_t(n) | secondFlags, pixels + i);
-                } else {
-                    put(spans, i, std::uint32_t(n) | secondFlags, secondPtr);
-                }
-                break;
-            case PairResult::Zero:
-                put(spans, i, std::uint32_t(n) | kSpanSolid, &kTransparentPixel<Out>);
-                break;
-            case PairResult::Full:
-                put(spans, i, std::uint32_t(n) | kSpanSolid | kSpanOpaque, &kFullPixel<Out>);
-                break;
-            case PairResult::Compute:
-                compute(spans, pixels + i, i, n, a, b, firstPtr, secondPtr);
-                break;
-            }
+            placePair(spans, pixels, i, n, a, firstFlags, firstPtr, b, secondFlags, secondPtr);
             firstLeft -= n;
             secondLeft -= n;
             if (!a.solid) firstPtr += n;
@@ -233,29 +212,38 @@ private:
             const std::int32_t n = f.length();
             const SpanPiece<First> a{f.solid(), f.opaque(), f.solid() ? *f.pixels : First(0)};
             const Out* secondPtr = kSolid ? s.pixels : s.pixels + (i - from);
-            switch (Policy::pick(a, b)) {
-            case PairResult::First:
-                if constexpr (kSameType) put(spans, i, f.lengthFlags, f.pixels);
-                break;
-            case PairResult::Second:
-                if constexpr (kSolid) {
-                    pixels[i] = b.value;
-                    put(spans, i, std::uint32_t(n) | secondFlags, pixels + i);
-                } else {
-                    put(spans, i, std::uint32_t(n) | secondFlags, secondPtr);
-                }
-                break;
-            case PairResult::Zero:
-                put(spans, i, std::uint32_t(n) | kSpanSolid, &kTransparentPixel<Out>);
-                break;
-            case PairResult::Full:
-                put(spans, i, std::uint32_t(n) | kSpanSolid | kSpanOpaque, &kFullPixel<Out>);
-                break;
-            case PairResult::Compute:
-                compute(spans, pixels + i, i, n, a, b, f.pixels, secondPtr);
-                break;
-            }
+            placePair(spans, pixels, i, n, a, f.lengthFlags & ~kSpanLengthMask, f.pixels, b, secondFlags, secondPtr);
             i += n;
+        }
+    }
+
+    // Places the result for n pixels at i of a piece of each input: one of the inputs'
+    // spans as it stands, a known value, or pixels computed here.
+    [[gnu::always_inline]] static void placePair(Span<Out>* spans, Out* pixels, std::int32_t i, std::int32_t n,
+                                                 const SpanPiece<First>& a, std::uint32_t firstFlags,
+                                                 const First* firstPtr, const SpanPiece<Out>& b,
+                                                 std::uint32_t secondFlags, const Out* secondPtr) {
+        switch (Policy::pick(a, b)) {
+        case PairResult::First:
+            if constexpr (kSameType) put(spans, i, std::uint32_t(n) | firstFlags, firstPtr);
+            break;
+        case PairResult::Second:
+            if (b.solid) {
+                pixels[i] = b.value;
+                put(spans, i, std::uint32_t(n) | secondFlags, pixels + i);
+            } else {
+                put(spans, i, std::uint32_t(n) | secondFlags, secondPtr);
+            }
+            break;
+        case PairResult::Zero:
+            put(spans, i, std::uint32_t(n) | kSpanSolid, &kTransparentPixel<Out>);
+            break;
+        case PairResult::Full:
+            put(spans, i, std::uint32_t(n) | kSpanSolid | kSpanOpaque, &kFullPixel<Out>);
+            break;
+        case PairResult::Compute:
+            compute(spans, pixels + i, i, n, a, b, firstPtr, secondPtr);
+            break;
         }
     }
 

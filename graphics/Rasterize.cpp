@@ -8,13 +8,15 @@
 
 #include <algorithm>
 #include <cstring>
+#include <cwchar>
 
 namespace tw {
 
 namespace {
 
-// Fills a run with one value. Colour runs go sixteen bytes at a time, the last store
-// overlapping the one before rather than finishing pixel by pixel.
+// Fills a run with one value. Short colour runs go sixteen bytes at a time, the last
+// store overlapping the one before rather than finishing pixel by pixel; long ones go to
+// the C library, which picks the widest stores the processor has.
 void fill(std::uint8_t* dst, std::int32_t n, std::uint8_t value) { std::memset(dst, value, std::size_t(n)); }
 
 [[gnu::always_inline]] inline void fill(std::uint32_t* dst, std::int32_t n, std::uint32_t value) {
@@ -22,6 +24,11 @@ void fill(std::uint8_t* dst, std::int32_t n, std::uint8_t value) { std::memset(d
         dst[0] = value;
         if (n > 1) dst[1] = value;
         if (n > 2) dst[2] = value;
+        return;
+    }
+    if (n >= 64) {
+        static_assert(sizeof(wchar_t) == sizeof(std::uint32_t));
+        std::wmemset(reinterpret_cast<wchar_t*>(dst), wchar_t(value), std::size_t(n));
         return;
     }
     const __m128i v = _mm_set1_epi32(std::int32_t(value));
@@ -149,9 +156,11 @@ void blend32(Renderer32& top, Raster32& destination, const IntRect& clip) {
         Renderer8& mask = inked->mask();
         Span8 maskSpans[kMaxSpanLength];
         std::uint8_t coverage[kMaxSpanLength];
-        forEachStrip(destination, area, noWholeRows<std::uint32_t>,
+        // No coverage reads the destination, so the strips may start at the coverage's
+        // own edge: its requests then lie within its bounds, where it answers directly.
+        const IntRect covered = intersectionOf(area, top.calcBounds());
+        forEachStrip(destination, covered, noWholeRows<std::uint32_t>,
                      [&](std::int32_t x, std::int32_t y, std::int32_t length, std::uint32_t* strip) {
-            if (!topEdges.touches(x, y, std::int64_t(x) + length)) return;
             SpanBuffer8 out(maskSpans, coverage);
             mask.render(x, y, length, out);
             blendInked(colour, maskSpans, strip, length);
