@@ -8,7 +8,9 @@ bash tools/deps.sh
 cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build build -j"$(nproc)"
 mkdir -p "$HOME/.vst"
-cp build/Tidewake.so "$HOME/.vst/"
+# install replaces the file rather than writing into it, so that a host that has the old
+# library loaded keeps running; the installed copy carries no debugging information.
+install -s -m 0755 build/Tidewake.so "$HOME/.vst/Tidewake.so"
 mkdir -p "$HOME/.vst/Tidewake Patches"
 cp build/"Tidewake Patches"/*.tidewake "$HOME/.vst/Tidewake Patches/"
 echo "installed $HOME/.vst/Tidewake.so and its factory patches"
