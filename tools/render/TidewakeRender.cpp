@@ -29,11 +29,7 @@ struct Options {
     int program = -1, rate = 48000, note = -1;
     double tail = 4.0;
     bool bypass = false;
-    struct Setting {
-        std::string key, value;
-        bool text;  // --set: the value is text for the plug-in to read
-    };
-    std::vector<Setting> settings;
+    std::vector<HostedPlugin::Setting> settings;
     HostedPlugin::Transport transport;
 };
 
@@ -102,9 +98,7 @@ int hostIndex(HostedPlugin& plugin, const std::string& key) {
     const ModelDescriptor& d = tidewakeDescriptor();
     for (size_t index = 0; index < d.hostOrder.size(); ++index)
         if (d.parameters[static_cast<size_t>(d.hostOrder[index])].name == key) return static_cast<int>(index);
-    int index = plugin.findParameter(key);
-    if (index < 0) throw std::runtime_error("no parameter " + key);
-    return index;
+    return plugin.findParameter(key);
 }
 
 void render(const Options& o) {
@@ -115,23 +109,7 @@ void render(const Options& o) {
     constexpr int block = 512;
     plugin.transport = o.transport;
     plugin.open(static_cast<float>(input.sampleRate), block);
-    if (o.program >= 0) {
-        if (o.program >= plugin.effect().numPrograms) throw std::runtime_error("no program " + std::to_string(o.program));
-        plugin.dispatch(vst2::effSetProgram, 0, o.program);
-    }
-    for (const Options::Setting& s : o.settings) {
-        int index = hostIndex(plugin, s.key);
-        float value = 0.0f;
-        if (s.text) {
-            if (!plugin.textToValue(index, s.value, value)) throw std::runtime_error("cannot read " + s.value + " for " + s.key);
-        } else {
-            double v = number(s.value, "--param");
-            if (v < 0 || v > 1) throw std::runtime_error("--param values lie in 0 to 1: " + s.value);
-            value = static_cast<float>(v);
-        }
-        plugin.effect().setParameter(&plugin.effect(), index, value);
-    }
-    if (o.bypass) plugin.dispatch(vst2::effSetBypass, 0, 1);
+    plugin.apply(o.program, o.settings, o.bypass, hostIndex);
     AudioBuffer output = plugin.render(input, {o.note, o.tail, false, o.output});
     writeAudioFile(o.output, output);
     std::printf("rendered %.2f s at %d Hz into %s\n", double(output.frames()) / output.sampleRate, output.sampleRate,

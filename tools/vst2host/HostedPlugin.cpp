@@ -6,6 +6,7 @@
 #include <cctype>
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 
@@ -158,6 +159,31 @@ int HostedPlugin::findParameter(const std::string& key) {
         found = i;
     }
     return found;
+}
+
+void HostedPlugin::apply(int program, const std::vector<Setting>& settings, bool bypass, const ParameterLookup& lookup) {
+    if (program >= 0) {
+        if (program >= effect_->numPrograms) throw std::runtime_error("no program " + std::to_string(program));
+        dispatch(vst2::effSetProgram, 0, program);
+    }
+    for (const Setting& s : settings) {
+        const int index = lookup(*this, s.key);
+        if (index < 0) throw std::runtime_error("no parameter " + s.key);
+        float v;
+        if (s.text) {
+            if (!speaksVendorProtocol()) throw std::runtime_error("the plug-in reads no parameter text; use --param");
+            if (!textToValue(index, s.value, v))
+                throw std::runtime_error("the plug-in cannot read \"" + s.value + "\" for " + parameterName(index));
+        } else {
+            char* end = nullptr;
+            const double number = std::strtod(s.value.c_str(), &end);
+            if (s.value.empty() || *end != 0 || !(number >= 0 && number <= 1))
+                throw std::runtime_error("--param values lie in 0 to 1: " + s.value);
+            v = static_cast<float>(number);
+        }
+        effect_->setParameter(effect_, index, v);
+    }
+    if (bypass) dispatch(vst2::effSetBypass, 0, 1);
 }
 
 bool HostedPlugin::speaksVendorProtocol() {

@@ -3,6 +3,7 @@
 // It works with any VST 2.4 plug-in for Linux, not only ours.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -55,6 +56,17 @@ public:
     // The plug-in's reading of a parameter's human text through sS2V; false when it
     // cannot read it.
     bool textToValue(int index, const std::string& text, float& value);
+
+    // A parameter set from the command line: a value from 0 to 1, or, with `text`, words
+    // for the plug-in to read through the vendor protocol ("250 ms").
+    struct Setting {
+        std::string key, value;
+        bool text;
+    };
+    using ParameterLookup = std::function<int(HostedPlugin&, const std::string&)>;
+    // Selects the program (unless negative), applies the settings in order with their keys
+    // found by `lookup` (-1: none), then bypass. Throws std::runtime_error with the reason.
+    void apply(int program, const std::vector<Setting>& settings, bool bypass, const ParameterLookup& lookup);
 
     std::vector<unsigned char> getChunk(bool program);
     bool setChunk(const std::vector<unsigned char>& data, bool program);

@@ -35,11 +35,7 @@ struct Options {
     bool preset = false, bypass = false, raw = false;
     int program = -1, block = 512, rate = 48000, note = -1;
     double tail = 3.0;
-    struct Setting {
-        std::string key, value;
-        bool human;  // --set: the value is text for the plug-in to read
-    };
-    std::vector<Setting> params;
+    std::vector<HostedPlugin::Setting> params;
     HostedPlugin::Transport transport;
 };
 
@@ -134,26 +130,7 @@ void writeFile(const std::string& path, const std::vector<unsigned char>& bytes)
 void applySettings(HostedPlugin& plugin, const Options& o) {
     if (!o.chunkFile.empty() && !plugin.setChunk(readFile(o.chunkFile), o.preset))
         throw std::runtime_error("the plug-in refused the chunk in " + o.chunkFile);
-    if (o.program >= 0) {
-        if (o.program >= plugin.effect().numPrograms) throw std::runtime_error("no program " + std::to_string(o.program));
-        plugin.dispatch(vst2::effSetProgram, 0, o.program);
-    }
-    for (const auto& [key, value, human] : o.params) {
-        int index = plugin.findParameter(key);
-        if (index < 0) throw std::runtime_error("no parameter " + key);
-        float v;
-        if (human) {
-            if (!plugin.speaksVendorProtocol()) throw std::runtime_error("the plug-in reads no parameter text; use --param");
-            if (!plugin.textToValue(index, value, v))
-                throw std::runtime_error("the plug-in cannot read \"" + value + "\" for " + plugin.parameterName(index));
-        } else {
-            double number = toDouble(value, "--param");
-            if (number < 0 || number > 1) throw std::runtime_error("--param values lie in 0 to 1: " + value);
-            v = static_cast<float>(number);
-        }
-        plugin.effect().setParameter(&plugin.effect(), index, v);
-    }
-    if (o.bypass) plugin.dispatch(vst2::effSetBypass, 0, 1);
+    plugin.apply(o.program, o.params, o.bypass, [](HostedPlugin& p, const std::string& key) { return p.findParameter(key); });
 }
 
 std::string fourCharText(vst2::int32 id) {
