@@ -1,6 +1,6 @@
 #include "graphics/QvxAngelCode.h"
 
-#include "graphics/Failure.h"
+#include "tests/Failure.h"
 
 #include <gtest/gtest.h>
 

@@ -2,11 +2,11 @@
 
 #include <cmath>
 #include <filesystem>
-#include <functional>
 #include <numbers>
 
 #include "RenderProbe.h"
 #include "SavePicture.h"
+#include "tests/Failure.h"
 #include "graphics/CanvasTarget.h"
 #include "graphics/CoverageChain.h"
 #include "graphics/GradientPaint.h"
@@ -41,15 +41,6 @@ PaintStyle styleOf(std::shared_ptr<const Paint> paint, std::uint8_t opacity = 25
     s.paint = std::move(paint);
     s.opacity = opacity;
     return s;
-}
-
-std::string ketchMessage(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const Ketch::Exception& e) {
-        return e.message();
-    }
-    return "<no error>";
 }
 
 }  // namespace
@@ -131,7 +122,7 @@ TEST(Paints, MaskTargetAddsUpAndRefusesBounds) {
     fill(square, target, styleOf(std::make_shared<SolidMaskPaint>(100)));
     EXPECT_EQ(row(target.mask(), 0, 5, 30)[3], 255);
     EXPECT_EQ(row(target.mask(), 0, 5, 30)[25], 0);
-    EXPECT_EQ(ketchMessage([&] { target.defineBounds(IntRect{0, 0, 1, 1}); }), "Bounds cannot be declared for mask");
+    EXPECT_EQ(test::failure<Ketch::Exception>([&] { target.defineBounds(IntRect{0, 0, 1, 1}); }), "Bounds cannot be declared for mask");
 
     // A mask limits a later fill but never widens it.
     Raster32 canvas(IntRect{0, 0, 30, 10});
@@ -183,12 +174,12 @@ TEST(Paints, GradientsFollowTheirAxisAndRadius) {
 TEST(Paints, PatternsDeclareBoundsOnceAndTile) {
     PatternTarget early(PaintKind::colour, 2);
     Solid32 red(0xFFFF0000u);
-    EXPECT_EQ(ketchMessage([&] { early.drawPixels(red); }), "Undeclared bounds");
+    EXPECT_EQ(test::failure<Ketch::Exception>([&] { early.drawPixels(red); }), "Undeclared bounds");
     EXPECT_FALSE(early.makePaint()->isVisible());
-    EXPECT_EQ(ketchMessage([&] { early.defineBounds(IntRect{0, 0, 0, 4}); }), "Value out of range");
+    EXPECT_EQ(test::failure<Ketch::Exception>([&] { early.defineBounds(IntRect{0, 0, 0, 4}); }), "Value out of range");
     early.defineBounds(IntRect{0, 0, 4, 4});
     EXPECT_EQ(early.getBounds(), (IntRect{0, 0, 8, 8}));
-    EXPECT_EQ(ketchMessage([&] { early.defineBounds(IntRect{0, 0, 4, 4}); }), "Multiple bounds declarations");
+    EXPECT_EQ(test::failure<Ketch::Exception>([&] { early.defineBounds(IntRect{0, 0, 4, 4}); }), "Multiple bounds declarations");
     EXPECT_EQ(PatternTarget::resolutionFor(Matrix::scale(1.5, 0.5), 1), 2);
     EXPECT_EQ(PatternTarget::resolutionFor(Matrix::scale(0.1, 0.1), 1), 1);
 

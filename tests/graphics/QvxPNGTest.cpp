@@ -1,6 +1,6 @@
 #include "graphics/QvxPNG.h"
 
-#include "graphics/Failure.h"
+#include "tests/Failure.h"
 #include "graphics/PngEncoder.h"
 
 #include <gtest/gtest.h>

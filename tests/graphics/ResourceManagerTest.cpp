@@ -5,7 +5,7 @@
 #include "graphics/SubImage.h"
 #include "graphics/SystemFont.h"
 
-#include "graphics/Failure.h"
+#include "tests/Failure.h"
 #include "graphics/PngEncoder.h"
 #include "platform/TempFolder.h"
 

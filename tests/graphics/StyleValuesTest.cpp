@@ -6,7 +6,7 @@
 #include "graphics/Stroke.h"
 #include "graphics/TextAlignment.h"
 
-#include "graphics/Failure.h"
+#include "tests/Failure.h"
 
 #include <gtest/gtest.h>
 

@@ -6,14 +6,14 @@
 #include "platform/Resources.h"
 #include "tests/model/FakeModel.h"
 
-#include "tests/model/MessageOf.h"
+#include "tests/Failure.h"
 
 #include <gtest/gtest.h>
 
 #include <zlib.h>
 
 using namespace tw;
-using tw::test::messageOf;
+using tw::test::failure;
 using tw::test::FakeModel;
 
 namespace {
@@ -89,8 +89,8 @@ TEST(Chunk, ProgramChunkGoesToTheCurrentProgram) {
     loadChunk(target, program, true);
     EXPECT_EQ(target.name(9), "Program 5");
     EXPECT_EQ(target.name(5), "");
-    EXPECT_EQ(messageOf([&] { loadChunk(target, program, false); }), "Invalid data format (unsupported version?)");
-    EXPECT_EQ(messageOf([&] { loadChunk(target, saveChunk(source, false), true); }),
+    EXPECT_EQ(failure([&] { loadChunk(target, program, false); }), "Invalid data format (unsupported version?)");
+    EXPECT_EQ(failure([&] { loadChunk(target, saveChunk(source, false), true); }),
               "Invalid data format (unsupported version?)");
 }
 
@@ -99,7 +99,7 @@ TEST(Chunk, HeaderChecksInOrder) {
     std::string bank = saveChunk(model, false);
     std::string wrongId = bank;
     setWordAt(wrongId, 8, 0x51765458);
-    EXPECT_EQ(messageOf([&] { loadChunk(model, wrongId, false); }), "Invalid data format (invalid four char id)");
+    EXPECT_EQ(failure([&] { loadChunk(model, wrongId, false); }), "Invalid data format (invalid four char id)");
 
     std::string otherPlatform = bank, otherVersion = bank;
     setWordAt(otherPlatform, 4, 0x57783634);  // "46xW"
@@ -110,12 +110,12 @@ TEST(Chunk, HeaderChecksInOrder) {
     // 20 bytes stating 3: refused on the length, before any inflation.
     std::string shortLength = bank.substr(0, 20);
     setWordAt(shortLength, 16, 3);
-    EXPECT_EQ(messageOf([&] { loadChunk(model, shortLength, false); }), "Invalid data format (insane inflated length)");
+    EXPECT_EQ(failure([&] { loadChunk(model, shortLength, false); }), "Invalid data format (insane inflated length)");
     std::string huge = bank;
     setWordAt(huge, 16, 0x1400001);
-    EXPECT_EQ(messageOf([&] { loadChunk(model, huge, false); }), "Invalid data format (insane inflated length)");
+    EXPECT_EQ(failure([&] { loadChunk(model, huge, false); }), "Invalid data format (insane inflated length)");
 
-    for (std::size_t cut : {0, 3, 8, 15, 19}) EXPECT_EQ(messageOf([&] { loadChunk(model, bank.substr(0, cut), false); }), "End of file error") << cut;
+    for (std::size_t cut : {0, 3, 8, 15, 19}) EXPECT_EQ(failure([&] { loadChunk(model, bank.substr(0, cut), false); }), "End of file error") << cut;
 }
 
 TEST(Chunk, DamagedStreams) {
@@ -165,17 +165,17 @@ TEST(Chunk, BankCountsAndTails) {
     for (const std::string& t : three) appendLengthAndBytes(payload, t);
     appendLittleEndian(payload, 5000);
     payload += "TidewakePatch";
-    EXPECT_EQ(messageOf([&] { loadChunk(partial, chunkOf(d, payload, false), false); }), "End of file error");
+    EXPECT_EQ(failure([&] { loadChunk(partial, chunkOf(d, payload, false), false); }), "End of file error");
     EXPECT_EQ(partial.name(2), "C");
     EXPECT_EQ(partial.published, 3);
 
     std::string negative;
     appendLittleEndian(negative, 1);
     appendLittleEndian(negative, 0xFFFFFFF0u);
-    EXPECT_EQ(messageOf([&] { loadChunk(model, chunkOf(d, negative, false), false); }), "End of file error");
+    EXPECT_EQ(failure([&] { loadChunk(model, chunkOf(d, negative, false), false); }), "End of file error");
 
     // A text that is no patch stops the load there.
-    EXPECT_EQ(messageOf([&] { loadChunk(model, bankChunk(d, {"nonsense"}, 1), false); }), "Invalid data format");
+    EXPECT_EQ(failure([&] { loadChunk(model, bankChunk(d, {"nonsense"}, 1), false); }), "Invalid data format");
 }
 
 TEST(Fxb, ContainerChecks) {
@@ -196,13 +196,13 @@ TEST(Fxb, ContainerChecks) {
     };
     for (std::string bad : {withByte(0, 'X'), withByte(11, 'k'), withByte(15, 3), withByte(15, 0), withByte(19, 'X'),
                             withByte(4, 0x7f)})
-        EXPECT_EQ(messageOf([&] { bankChunkOfFxb(d, bad); }), "Invalid format of FXB data");
+        EXPECT_EQ(failure([&] { bankChunkOfFxb(d, bad); }), "Invalid format of FXB data");
     EXPECT_NO_THROW(bankChunkOfFxb(d, withByte(15, 1)));
     EXPECT_NO_THROW(bankChunkOfFxb(d, withByte(27, 99))) << "numPrograms is not trusted";
 
     // byteSize fits but chunkSize runs past the end.
     std::string longChunk = fxb;
     longChunk[158] = 0x7f;
-    EXPECT_EQ(messageOf([&] { bankChunkOfFxb(d, longChunk); }), "Unexpected end of file in FXB data");
+    EXPECT_EQ(failure([&] { bankChunkOfFxb(d, longChunk); }), "Unexpected end of file in FXB data");
     EXPECT_THROW(bankChunkOfFxb(d, fxb.substr(0, 100)), FormatException) << "byteSize past the end";
 }

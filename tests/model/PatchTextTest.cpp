@@ -3,14 +3,14 @@
 #include "model/TidewakeFactory.h"
 #include "platform/Folders.h"
 
-#include "tests/model/MessageOf.h"
+#include "tests/Failure.h"
 
 #include <gtest/gtest.h>
 
 #include <vector>
 
 using namespace tw;
-using tw::test::messageOf;
+using tw::test::failure;
 
 namespace {
 
@@ -102,11 +102,11 @@ TEST(PatchText, ModifiedFlagAndHeaderLabels) {
 }
 
 TEST(PatchText, RefusesOtherTextsWithTheirMessages) {
-    EXPECT_EQ(messageOf([] { factory.patchFromText("OtherPatch: { format: 1 }"); }), "Invalid data format");
-    EXPECT_EQ(messageOf([] { factory.patchFromText(""); }), "Invalid data format");
-    EXPECT_EQ(messageOf([] { factory.patchFromText("TidewakePatch: { format: 0 }"); }), "Patch format is too old");
-    EXPECT_EQ(messageOf([] { factory.patchFromText("TidewakePatch: { name: \"x\" }"); }), "Patch format is too old");
-    EXPECT_EQ(messageOf([] { factory.patchFromText("TidewakePatch: { format: 2 }"); }), "Patch format is too new");
+    EXPECT_EQ(failure([] { factory.patchFromText("OtherPatch: { format: 1 }"); }), "Invalid data format");
+    EXPECT_EQ(failure([] { factory.patchFromText(""); }), "Invalid data format");
+    EXPECT_EQ(failure([] { factory.patchFromText("TidewakePatch: { format: 0 }"); }), "Patch format is too old");
+    EXPECT_EQ(failure([] { factory.patchFromText("TidewakePatch: { name: \"x\" }"); }), "Patch format is too old");
+    EXPECT_EQ(failure([] { factory.patchFromText("TidewakePatch: { format: 2 }"); }), "Patch format is too new");
     EXPECT_THROW(factory.patchFromText("TidewakePatch: { format: 2 }"), FormatException);
 
     EXPECT_TRUE(factory.isPatchText("TidewakePatch: { format: 1 }"));

@@ -1,6 +1,7 @@
 #include "cushy/spec/SpecExpression.h"
 
 #include "platform/Exception.h"
+#include "tests/Failure.h"
 
 #include <gtest/gtest.h>
 
@@ -8,19 +9,9 @@
 #include <string>
 
 using namespace tw;
+using tw::test::failure;
 
 namespace {
-
-// The message an evaluation throws, or "" when it does not.
-template <typename Evaluate>
-std::string failure(Evaluate evaluate) {
-    try {
-        evaluate();
-    } catch (const Exception& e) {
-        return e.message();
-    }
-    return "";
-}
 
 std::string doubleFailure(const std::string& text) {
     return failure([&] { evaluateDouble(text, 0); });

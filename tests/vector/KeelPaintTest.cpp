@@ -1,4 +1,5 @@
 #include "KeelCanvas.h"
+#include "tests/Failure.h"
 
 #include <gtest/gtest.h>
 
@@ -15,25 +16,14 @@ std::uint32_t colour(std::string_view text) {
     return parseKeelColor(c.frame, text);
 }
 
-// The message of the fault of type E that reading the value throws.
-template <class E, class Read>
-std::string faultReading(Read read) {
-    try {
-        read();
-    } catch (const E& e) {
-        return e.message();
-    }
-    return "<no fault of that type>";
-}
-
 template <class E>
 std::string colourFault(std::string_view text) {
-    return faultReading<E>([text] { colour(text); });
+    return test::failure<E>([text] { colour(text); });
 }
 
 template <class E>
 std::string opacityFault(std::string_view text) {
-    return faultReading<E>([text] { parseKeelOpacity(text); });
+    return test::failure<E>([text] { parseKeelOpacity(text); });
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "KetchScript.h"
+#include "tests/Failure.h"
 
 #include "vector/KetchArgumentList.h"
 #include "vector/KetchList.h"
@@ -14,16 +15,6 @@ using namespace tw::Ketch::testing;
 namespace {
 
 using Strings = std::vector<std::string>;
-
-template <typename F>
-std::string messageOf(F f) {
-    try {
-        f();
-    } catch (const SyntaxException& e) {
-        return e.message();
-    }
-    return "<none>";
-}
 
 }  // namespace
 
@@ -66,22 +57,22 @@ TEST(KetchArgumentList, BracketLabels) {
 
 TEST(KetchArgumentList, FaultsOfLabels) {
     Script s;
-    EXPECT_EQ(messageOf([&] { ArgumentList(s.frame, "a:1 A:2"); }), "Duplicate labels");
-    EXPECT_EQ(messageOf([&] { ArgumentList(s.frame, ":1"); }), "Label cannot be empty");
-    EXPECT_EQ(messageOf([&] { ArgumentList(s.frame, "[]:1"); }), "Label cannot be empty");
-    EXPECT_EQ(messageOf([&] { ArgumentList(s.frame, "1:2"); }), "Syntax error");
-    EXPECT_EQ(messageOf([&] { ArgumentList(s.frame, "a:b:c"); }), "Syntax error");
-    EXPECT_EQ(messageOf([&] { ArgumentList(s.frame, "a:[b"); }), "Missing ]");
+    EXPECT_EQ(tw::test::failure<SyntaxException>([&] { ArgumentList(s.frame, "a:1 A:2"); }), "Duplicate labels");
+    EXPECT_EQ(tw::test::failure<SyntaxException>([&] { ArgumentList(s.frame, ":1"); }), "Label cannot be empty");
+    EXPECT_EQ(tw::test::failure<SyntaxException>([&] { ArgumentList(s.frame, "[]:1"); }), "Label cannot be empty");
+    EXPECT_EQ(tw::test::failure<SyntaxException>([&] { ArgumentList(s.frame, "1:2"); }), "Syntax error");
+    EXPECT_EQ(tw::test::failure<SyntaxException>([&] { ArgumentList(s.frame, "a:b:c"); }), "Syntax error");
+    EXPECT_EQ(tw::test::failure<SyntaxException>([&] { ArgumentList(s.frame, "a:[b"); }), "Missing ]");
 }
 
 TEST(KetchArgumentList, MissingAndLeftOver) {
     Script s;
     const std::string text = "one extra:1";
     ArgumentList args(s.frame, text);
-    EXPECT_EQ(messageOf([&] { args.fetchRequired(1); }), "Missing argument(s)");
-    EXPECT_EQ(messageOf([&] { args.fetchRequired("width"); }), "Missing argument(s)");
+    EXPECT_EQ(tw::test::failure<SyntaxException>([&] { args.fetchRequired(1); }), "Missing argument(s)");
+    EXPECT_EQ(tw::test::failure<SyntaxException>([&] { args.fetchRequired("width"); }), "Missing argument(s)");
     args.fetchRequired(0);
-    EXPECT_EQ(messageOf([&] { args.finish(); }), "Unrecognized labels or too many arguments");
+    EXPECT_EQ(tw::test::failure<SyntaxException>([&] { args.finish(); }), "Unrecognized labels or too many arguments");
     args.fetchOptional("extra");
     EXPECT_NO_THROW(args.finish());
 }
@@ -99,7 +90,7 @@ TEST(KetchList, SeparatorsAndEmptyItems) {
 TEST(KetchList, CountBounds) {
     Script s;
     EXPECT_EQ(parseList(s.frame, "1,2,3,4", false, false, 4, 4).size(), 4u);
-    EXPECT_EQ(messageOf([&] { parseList(s.frame, "1,2,3", false, false, 4, 4); }), "Too few list elements");
-    EXPECT_EQ(messageOf([&] { parseList(s.frame, "1,2,3,4,5", false, false, 4, 4); }), "Too many list elements");
-    EXPECT_EQ(messageOf([&] { parseList(s.frame, "1,", false, false, 0, 1); }), "Too many list elements");
+    EXPECT_EQ(tw::test::failure<SyntaxException>([&] { parseList(s.frame, "1,2,3", false, false, 4, 4); }), "Too few list elements");
+    EXPECT_EQ(tw::test::failure<SyntaxException>([&] { parseList(s.frame, "1,2,3,4,5", false, false, 4, 4); }), "Too many list elements");
+    EXPECT_EQ(tw::test::failure<SyntaxException>([&] { parseList(s.frame, "1,", false, false, 0, 1); }), "Too many list elements");
 }

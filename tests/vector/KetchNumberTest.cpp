@@ -1,4 +1,5 @@
 #include "platform/KetchException.h"
+#include "tests/Failure.h"
 #include "vector/KetchNumber.h"
 
 #include <gtest/gtest.h>
@@ -50,11 +51,7 @@ TEST(KetchNumber, WholeTextMustBeANumber) {
     for (const char* text : {"", ".", "-", "+", "1x", " 1", "1 ", "1e", "--1", "0x10"}) {
         EXPECT_THROW(toNumber(text), SyntaxException) << text;
     }
-    try {
-        toNumber("abc");
-    } catch (const SyntaxException& e) {
-        EXPECT_EQ(e.message(), "Invalid number");
-    }
+    EXPECT_EQ(tw::test::failure<SyntaxException>([] { toNumber("abc"); }), "Invalid number");
 }
 
 TEST(KetchNumber, IntegersAreReadExactly) {

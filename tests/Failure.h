@@ -8,12 +8,13 @@
 
 namespace tw::test {
 
-// The message of the Exception that `step` throws, or "" when it throws none.
-template <typename Step>
+// The message of the exception of type E (by default any of the system's own) that
+// `step` throws, or "" when it throws none.
+template <typename E = Exception, typename Step>
 std::string failure(Step step) {
     try {
         step();
-    } catch (const Exception& e) {
+    } catch (const E& e) {
         return e.message();
     }
     return "";
