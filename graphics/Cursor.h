@@ -1,29 +1,14 @@
-// The mouse cursors a view may ask for with its `cursor` key, each one of the system's
-// own; the editor window turns them into the platform's cursors.
+// The reader of a view's `cursor` key: a name of one of the system cursors that the
+// editor window knows.
 #pragma once
 
 #include <string>
 
+#include "platform/Window.h"
+
 namespace tw {
 
-enum class Cursor {
-    arrow,
-    iBeam,
-    wait,
-    cross,
-    upArrow,
-    sizeAll,
-    sizeNWSE,
-    sizeNESW,
-    sizeWE,
-    sizeNS,
-    no,
-    hand,
-    appStarting,
-    help,
-};
-
-// One of the names above, case-sensitive; an empty value gives `defaultValue`. Throws
+// A cursor's name as written in the enumeration, case-sensitive; an empty value gives `defaultValue`. Throws
 // FormatException "Unrecognized cursor: " for any other name.
 Cursor parseCursor(const std::string& raw, Cursor defaultValue);
 
