@@ -32,6 +32,18 @@ bool anyAbove(const float* left, const float* right, float threshold) {
     return _mm_movemask_ps(above) != 0;
 }
 
+// Whether every sample of the two channels' frames is a finite number: x * 0 is NaN
+// exactly for NaN and the infinities.
+bool allFinite(const float* left, const float* right) {
+    const __m128 zero = _mm_setzero_ps();
+    __m128 bad = _mm_setzero_ps();
+    for (const float* x : {left, left + 4, right, right + 4}) {
+        __m128 v = _mm_mul_ps(_mm_loadu_ps(x), zero);
+        bad = _mm_or_ps(bad, _mm_cmpunord_ps(v, v));
+    }
+    return _mm_movemask_ps(bad) == 0;
+}
+
 uint32_t powerOfTwoAbove(uint32_t n, uint32_t limit) {
     uint32_t size = 1;
     while (size <= n && size < limit) size <<= 1;
@@ -48,6 +60,8 @@ ShifterEngine::ShifterEngine() = default;
 
 void ShifterEngine::reset(float rate, uint32_t seed) {
     static_cast<EngineState&>(*this) = EngineState();
+    seed_ = seed;
+    restart_ = false;
     random.seed(seed, 0x159a55e5);
     sampleRate = rate;
     float control = 64.0f / rate;
@@ -90,7 +104,8 @@ void ShifterEngine::clearLoop() {
 void ShifterEngine::processFrame(const FrameControls& in, FrameReport& out) {
     const float* inL = in.inputs[0];
     const float* inR = in.inputs[1];
-    bool reset = in.reset;
+    bool reset = in.reset || restart_;
+    restart_ = false;
     if (reset) silent = true;
     if (silent && anyAbove(inL, inR, kWakeThreshold)) {
         silent = false;
@@ -124,6 +139,19 @@ void ShifterEngine::processFrame(const FrameControls& in, FrameReport& out) {
             runSamples<false>(in, reset, peak);
         else
             runSamples<true>(in, reset, peak);
+        // The loop makes no non-finite value by itself, but one that got in from outside
+        // would ring in the feedback, the smear and the filters for good. All that the
+        // loop holds reaches the wet outputs, so a look at the frame's outputs finds it:
+        // the frame goes out silent and the engine starts afresh, as at a reset.
+        if (!allFinite(in.outputs[0], in.outputs[1])) {
+            std::fill(in.outputs[0], in.outputs[0] + kFrameSize, 0.0f);
+            std::fill(in.outputs[1], in.outputs[1] + kFrameSize, 0.0f);
+            ShifterEngine::reset(sampleRate, seed_);
+            restart_ = true;
+            out.silent = true;
+            peak = 0.0f;
+            level = 0.0f;
+        }
     }
 
     ++frameIndex;

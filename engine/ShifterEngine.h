@@ -57,6 +57,8 @@ private:
     DiffuserUnit units_[kSmearUnits];
     LfoNeedle needle_;
     float needleValue_ = 0.0f;
+    uint32_t seed_ = 0;
+    bool restart_ = false;  // the next frame starts the loop afresh
 };
 
 }  // namespace tw

@@ -8,6 +8,17 @@
 
 namespace tw {
 
+namespace {
+
+// Whether a host's tempo and position can be used: a tempo that is not a positive
+// number a float can hold, or a position that is not finite, counts as no time
+// information at all.
+bool usableTime(double tempo, double position) {
+    return tempo > 0.0 && tempo <= 1.0e6 && position - position == 0.0;
+}
+
+}  // namespace
+
 void PluginInstance::runPendingReset() {
     int expected = 1;
     if (!needsReset_.compare_exchange_strong(expected, 0)) return;
@@ -69,7 +80,8 @@ void PluginInstance::processBlock(float** inputs, float** outputs, int frames, b
     context.tempo = 120.0;
     double quarterNotesPerSample = 0.0, blockPosition = 0.0;
     auto* time = reinterpret_cast<const vst2::VstTimeInfo*>(hostCall(vst2::audioMasterGetTime, 0, 0x1606));
-    if (time && (time->flags & vst2::kVstPpqPosValid) && (time->flags & vst2::kVstTempoValid)) {
+    if (time && (time->flags & vst2::kVstPpqPosValid) && (time->flags & vst2::kVstTempoValid) &&
+        usableTime(time->tempo, time->ppqPos)) {
         context.playing = (time->flags & vst2::kVstTransportPlaying) != 0;
         context.tempo = time->tempo;
         blockPosition = time->ppqPos;
@@ -114,13 +126,17 @@ void PluginInstance::processBlock(float** inputs, float** outputs, int frames, b
         int n = std::min(frameSize - framePosition_, frames - i);
         for (int c = 0; c < std::max(channelsIn, channelsOut); ++c) {
             float* frame = frameBuffers_[static_cast<std::size_t>(c)].data() + framePosition_;
-            float* in = c < channelsIn ? inputs[c] + i : nullptr;
-            float* out = c < channelsOut ? outputs[c] + i : nullptr;
+            // A missing buffer is silence in, or nowhere to write.
+            float* in = inputs && c < channelsIn && inputs[c] ? inputs[c] + i : nullptr;
+            float* out = outputs && c < channelsOut && outputs[c] ? outputs[c] + i : nullptr;
             for (int k = 0; k < n; ++k) {
                 // The output takes what the last frame produced, the frame takes the new
                 // input; reading the input first keeps hosts that process in place right.
                 float produced = frame[k];
-                frame[k] = in ? in[k] : 0.0f;
+                float x = in ? in[k] : 0.0f;
+                // What is not a finite number is silence: one NaN let into the loop
+                // would ring in the feedback for good.
+                frame[k] = x - x == 0.0f ? x : 0.0f;
                 if (out) out[k] = accumulate ? out[k] + produced : produced;
             }
         }

@@ -155,16 +155,24 @@ int PluginInstance::parameterId(int hostIndex) const {
 void PluginInstance::open() {
     vst2::intptr rate = hostCall(vst2::audioMasterGetSampleRate);
     if (rate > 0) setSampleRate(static_cast<float>(rate));
-    vst2::intptr block = hostCall(vst2::audioMasterGetBlockSize);
-    if (block > 0) blockSize_ = static_cast<int>(block);
+    setBlockSize(hostCall(vst2::audioMasterGetBlockSize));
 }
 
 void PluginInstance::setSampleRate(float rate) {
+    // A rate the engine can't run at is refused and the last good one kept: zero would
+    // make the meters' clock spin for ever, a non-finite rate fills every ring with NaN.
+    if (!(rate >= minSampleRate && rate <= maxSampleRate)) return;
     if (rate != sampleRate_) {
         effect_.initialDelay = std::max(frameSize_, 0) + processor_->latency(rate);
         needsReset_.store(1);
     }
     sampleRate_ = rate;
+}
+
+void PluginInstance::setBlockSize(vst2::intptr size) {
+    // Only a hint: the audio call takes blocks of any length. A size that is not a
+    // positive int is kept out.
+    if (size > 0 && size <= maxBlockSize) blockSize_ = static_cast<int>(size);
 }
 
 void PluginInstance::resume() {
@@ -219,7 +227,7 @@ void PluginInstance::setHostParameter(int hostIndex, float value) {
     int id = parameterId(hostIndex);
     if (id < 0) return;
     PatchReader r = acquirePatch(getCurrentProgram());
-    (*r)->setParameter(id, value);
+    (*r)->setParameter(id, safeParameterValue(descriptor_.parameters[static_cast<std::size_t>(id)], value));
 }
 
 float PluginInstance::getHostParameter(int hostIndex) {
@@ -275,7 +283,7 @@ vst2::intptr PluginInstance::dispatch(vst2::int32 opcode, vst2::int32 index, vst
             setSampleRate(opt);
             return 0;
         case effSetBlockSize:
-            blockSize_ = static_cast<int>(value);
+            setBlockSize(value);
             return 0;
         case effMainsChanged:
             value ? resume() : suspend();
@@ -346,10 +354,16 @@ void PluginInstance::loadFxb(const void* data, std::size_t size) {
 }
 
 void PluginInstance::loadFactoryBank(const std::string& name) {
-    std::optional<std::vector<std::uint8_t>> bank =
-        loadResource(getResourceFolder(descriptor_.modelName, binaryDir()), "fxb", name);
+    const std::string folder = getResourceFolder(descriptor_.modelName, binaryDir());
+    std::optional<std::vector<std::uint8_t>> bank = loadResource(folder, "fxb", name);
     if (!bank) bank.emplace();  // read as an empty bank, which says so
-    loadFxb(bank->data(), bank->size());
+    try {
+        loadFxb(bank->data(), bank->size());
+    } catch (const std::exception& e) {
+        // The instance can't be made; a host only says that the plug-in failed to load.
+        if (auto file = overridingFile(folder, "fxb", name)) reportOverrideFault(descriptor_.publicName, *file, e.what());
+        throw;
+    }
 }
 
 // ModelServices.
@@ -396,11 +410,14 @@ void PluginInstance::beginEnd(int parameter, bool beginning) {
 }
 
 float PluginInstance::getParameter(int program, int parameter) {
+    if (parameter < 0 || parameter >= static_cast<int>(gestures_.size())) return 0.0f;
     PatchReader r = acquirePatch(program);
     return (*r)->getParameter(parameter);
 }
 
 void PluginInstance::setParameter(int program, int parameter, float value) {
+    if (parameter < 0 || parameter >= static_cast<int>(gestures_.size())) return;
+    value = safeParameterValue(descriptor_.parameters[static_cast<std::size_t>(parameter)], value);
     {
         PatchReader r = acquirePatch(program);
         (*r)->setParameter(parameter, value);

@@ -26,6 +26,11 @@ namespace tw {
 class PluginInstance final : public ModelServices {
 public:
     static constexpr int maxEvents = 4096;
+    // The rates the engine's rings and clocks are sized for; a host's rate outside them
+    // is refused.
+    static constexpr float minSampleRate = 1000.0f;
+    static constexpr float maxSampleRate = 3072000.0f;
+    static constexpr vst2::intptr maxBlockSize = 1 << 24;
 
     PluginInstance(vst2::HostCallback host, std::unique_ptr<ModelFactory> factory);
     ~PluginInstance() override;
@@ -41,6 +46,7 @@ public:
 
     void open();
     void setSampleRate(float rate);
+    void setBlockSize(vst2::intptr size);
     void resume();
     void suspend();
     int processEvents(const vst2::VstEvents* events);

@@ -27,6 +27,14 @@ struct BusSpec {
     bool stereo;
 };
 
+// A value from outside made safe before anything keeps it: not a number gives the row's
+// default, everything else is held to 0..1, so that no later step can turn it into a
+// wild index or a runaway gain.
+inline float safeParameterValue(const ParameterSpec& row, float value) {
+    if (value != value) return row.defaultValue;
+    return value < 0.0f ? 0.0f : value > 1.0f ? 1.0f : value;
+}
+
 // The step of a discrete row: floor(value * max + 0.5).
 inline int discreteStep(const ParameterSpec& row, float value) {
     return static_cast<int>(value * row.displayMax + 0.5f);

@@ -1,7 +1,10 @@
 #include "platform/Resources.h"
 
+#include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <mutex>
+#include <set>
 #include <sys/stat.h>
 
 namespace tw {
@@ -52,13 +55,27 @@ std::string getResourceFolder(std::string_view productName, const std::string& b
     return binaryFolder + std::string(productName) + " Resources/";
 }
 
+std::optional<std::string> overridingFile(const std::string& resourceFolder, std::string_view type,
+                                          std::string_view name) {
+    if (resourceFolder.empty()) return std::nullopt;
+    std::string file = resourceFolder + std::string(name) + "." + std::string(type);
+    if (!isRegularFile(file)) return std::nullopt;
+    return file;
+}
+
+void reportOverrideFault(std::string_view productName, const std::string& file, std::string_view fault) {
+    static std::mutex lock;
+    static std::set<std::string> told;
+    std::lock_guard<std::mutex> guard(lock);
+    if (!told.insert(file).second) return;
+    std::fprintf(stderr, "%.*s: the resource file \"%s\" replaces a built-in one but could not be used: %.*s\n",
+                 int(productName.size()), productName.data(), file.c_str(), int(fault.size()), fault.data());
+}
+
 std::optional<std::vector<std::uint8_t>> loadResource(const std::string& resourceFolder,
                                                       std::string_view type, std::string_view name) {
-    if (!resourceFolder.empty()) {
-        std::string file = resourceFolder + std::string(name) + "." + std::string(type);
-        if (isRegularFile(file))
-            if (auto bytes = readWholeFile(file)) return bytes;
-    }
+    if (auto file = overridingFile(resourceFolder, type, name))
+        if (auto bytes = readWholeFile(*file)) return bytes;
     if (const EmbeddedResource* r = findEmbeddedResource(type, name))
         return std::vector<std::uint8_t>(r->data, r->data + r->size);
     return std::nullopt;

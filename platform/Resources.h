@@ -33,6 +33,15 @@ const EmbeddedResource* findEmbeddedResource(std::string_view type, std::string_
 // The answer always ends in '/'.
 std::string getResourceFolder(std::string_view productName, const std::string& binaryFolder);
 
+// The file "<name>.<type>" in `resourceFolder` when it exists and replaces the resource.
+std::optional<std::string> overridingFile(const std::string& resourceFolder, std::string_view type,
+                                          std::string_view name);
+
+// Tells the user on stderr, once per file and process, that a file of the resource
+// folder could not be used and why: the one who put it there learns why the product
+// failed, or why it shows something else.
+void reportOverrideFault(std::string_view productName, const std::string& file, std::string_view fault);
+
 // Reads a resource: "<name>.<type>" in `resourceFolder` when that file exists, else the
 // embedded one. Answers nothing when neither exists.
 std::optional<std::vector<std::uint8_t>> loadResource(const std::string& resourceFolder,

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 #include <random>
 
 namespace tw::test {
@@ -279,6 +280,29 @@ TEST(ShifterEngine, NoParameterCornerGivesNanOrInfinityOnFullScaleNoise) {
             ASSERT_TRUE(std::isfinite(out.left[n]) && std::isfinite(out.right[n])) << trial << " at " << n;
         }
         EXPECT_TRUE(std::isfinite(h.report.lfoValue) && std::isfinite(h.report.needle)) << trial;
+    }
+}
+
+TEST(ShifterEngine, ALoopPoisonedByANonFiniteValueRecoversWithinAFrame) {
+    // The host keeps such values out; should one ever reach the loop, through the input
+    // here, the frame that shows it goes out silent and the next ones sound again.
+    for (bool smear : {false, true}) {
+        EngineHarness h(kRate);
+        h.controls.delayTime = delayAmount(0.05);
+        h.controls.feedbackAmount = 0.9f;
+        h.controls.smearAmount = smear ? 0.8f : 0.0f;
+        h.controls.wetMix = 0.6f;
+        h.run(sine(440.0f, kRate, 4800));
+        Stereo poison = sine(440.0f, kRate, 48000);
+        poison.left[3] = std::numeric_limits<float>::quiet_NaN();
+        poison.right[4001] = std::numeric_limits<float>::infinity();
+        Stereo out = h.run(poison);
+        for (size_t n = 0; n < out.size(); ++n)
+            ASSERT_TRUE(std::isfinite(out.left[n]) && std::isfinite(out.right[n])) << smear << " at " << n;
+        double late = 0;
+        for (size_t n = 4008; n < out.size(); ++n) late += double(out.left[n]) * out.left[n];
+        EXPECT_GT(late, 100.0) << "sounds again after the poisoned frames";
+        EXPECT_TRUE(std::isfinite(h.report.level));
     }
 }
 
