@@ -48,12 +48,22 @@ std::string inflateExactly(std::string_view stream, std::size_t length) {
     z.next_out = reinterpret_cast<Bytef*>(out.data());
     z.avail_out = static_cast<uInt>(length);
     code = inflate(&z, Z_FINISH);
-    // A full buffer is success whatever follows in the stream; so is a stream that ends.
-    bool full = z.avail_out == 0;
+    // Only a stream that runs to its end has had its checksum checked: what lies beyond
+    // the stated length is inflated into the staging buffer and dropped, at most as much
+    // again as the stated length, so that no stream can make the reader work for ever.
+    unsigned char staging[stagingSize];
+    std::size_t dropped = 0;
+    while ((code == Z_OK || code == Z_BUF_ERROR) && z.avail_out == 0 && z.avail_in > 0 && dropped <= length) {
+        z.next_out = staging;
+        z.avail_out = stagingSize;
+        code = inflate(&z, Z_FINISH);
+        dropped += stagingSize - z.avail_out;
+    }
     inflateEnd(&z);
-    if (code == Z_OK) code = Z_BUF_ERROR;  // input ran out before the stream's end
-    if (code != Z_STREAM_END && !(code == Z_BUF_ERROR && full)) fail(z, code);
-    return out;
+    if (code == Z_STREAM_END && dropped <= length) return out;
+    if (code == Z_OK || code == Z_BUF_ERROR) code = Z_BUF_ERROR;  // cut before the stream's end
+    if (code == Z_STREAM_END) code = Z_DATA_ERROR;              // far longer than it says
+    fail(z, code);
 }
 
 }  // namespace tw

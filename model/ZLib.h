@@ -27,9 +27,10 @@ private:
 // Appends the deflated form of `payload` to `out`.
 void deflateInto(std::string& out, std::string_view payload);
 
-// Inflates `stream` into exactly `length` bytes: output beyond them is not read, and a
-// stream that ends early leaves the rest as zero bytes. Damaged or truncated streams
-// raise QvxZLib::Exception.
+// Inflates `stream` into exactly `length` bytes: output beyond them is dropped, and a
+// stream that ends early leaves the rest as zero bytes. The stream must run to its end
+// with a correct checksum (bytes after its end are ignored); a damaged or cut stream
+// raises QvxZLib::Exception, so nothing is read from it.
 std::string inflateExactly(std::string_view stream, std::size_t length);
 
 }  // namespace tw

@@ -142,6 +142,31 @@ TEST(Chunk, DamagedStreams) {
     EXPECT_NO_THROW(loadChunk(model, padded, false));
 }
 
+TEST(Chunk, AStreamMustRunToItsEndWithItsChecksumBeforeAnyProgramIsTouched) {
+    FakeModel model;
+    std::string bank = saveChunk(model, false);
+    // Cut by a byte or a few (the checksum, or the last deflate bits): refused whole,
+    // nothing published.
+    for (std::size_t cut : {1, 2, 4, 5, 9}) {
+        FakeModel fresh;
+        EXPECT_THROW(loadChunk(fresh, bank.substr(0, bank.size() - cut), false), QvxZLib::Exception) << cut;
+        EXPECT_EQ(fresh.published, 0);
+    }
+    // One bit flipped anywhere in the stream is refused, unless it is one of the bits
+    // that deflate leaves unused, which can change nothing.
+    const std::string payload = chunkPayload(model.getFactory().getDescriptor(), bank, false);
+    for (std::size_t at = 20; at < bank.size(); ++at) {
+        std::string flipped = bank;
+        flipped[at] = static_cast<char>(flipped[at] ^ (1 << (at % 8)));
+        try {
+            EXPECT_EQ(chunkPayload(model.getFactory().getDescriptor(), flipped, false), payload) << at;
+        } catch (const QvxZLib::Exception&) {
+        }
+    }
+    // Bytes after the stream's end are padding that some hosts add: harmless.
+    EXPECT_NO_THROW(loadChunk(model, bank + std::string(64, '\x55'), false));
+}
+
 TEST(Chunk, BankCountsAndTails) {
     FakeModel model;
     const ModelFactory& f = model.getFactory();
