@@ -45,7 +45,7 @@ bool parseStartupBank(const ModelDescriptor& info, std::string_view blob, std::v
 bool loadStartupPatches(ModelServices& model, int& currentProgram, const Path& storeFile) {
     const ModelFactory& factory = model.getFactory();
     const ModelDescriptor& descriptor = factory.getDescriptor();
-    SharedStore store(storeFile);
+    SharedStore store(storeFile, SharedStore::startupLockMilliseconds);
     std::vector<std::string> texts;
     if (!readStartupBank(descriptor, store, texts, currentProgram)) return false;
     for (std::size_t program = 0; program < texts.size() && program < std::size_t(descriptor.programCount); ++program) {

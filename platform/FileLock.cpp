@@ -13,7 +13,8 @@
 namespace tw {
 
 FileLock::FileLock(const Path& lockFile, int milliseconds) {
-    descriptor_ = ::open(lockFile.toString().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    // Without waiting, whatever stands in the lock file's place.
+    descriptor_ = ::open(lockFile.toString().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
     if (descriptor_ < 0) throw QvxFiles::Exception("Error creating file", errno, lockFile.toString());
     auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
     // flock has no time limit of its own: poll, briefly, since holders only read or

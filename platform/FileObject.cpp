@@ -10,13 +10,15 @@
 namespace tw {
 
 FileObject FileObject::open(const Path& path) {
-    int descriptor = ::open(path.toString().c_str(), O_RDONLY | O_CLOEXEC);
+    // Without waiting: opening a FIFO for reading would block until a writer comes.
+    int descriptor = ::open(path.toString().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) throw QvxFiles::Exception("Error opening file", errno, path.toString());
     FileObject file(descriptor, path);
     // Only plain files: a folder or a device is nothing the program could read as a whole.
     struct stat info {};
     if (::fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode))
         throw QvxFiles::Exception("Error opening file", S_ISDIR(info.st_mode) ? EISDIR : EINVAL, path.toString());
+    ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
     return file;
 }
 

@@ -37,14 +37,15 @@ struct Reader {
 
 }  // namespace
 
-SharedStore::SharedStore(Path file) : file_(std::move(file)), lockFile_(Path::parse(file_.toString() + ".lock")) {
+SharedStore::SharedStore(Path file, int lockWait)
+    : file_(std::move(file)), lockFile_(Path::parse(file_.toString() + ".lock")), lockWait_(lockWait) {
     entries_ = read();
 }
 
 std::map<std::string, std::string, std::less<>> SharedStore::read() const {
     // No folder yet means no store yet; there is nothing to lock either.
     if (file_.parent().kind() != Path::Kind::folder) return {};
-    FileLock lock(lockFile_, lockMilliseconds);
+    FileLock lock(lockFile_, lockWait_);
     if (file_.kind() == Path::Kind::absent) return {};
     return decode(readWholeFile(file_));
 }
@@ -63,7 +64,7 @@ void SharedStore::set(std::string_view key, std::string blob) {
 void SharedStore::commit() {
     if (changes_.empty()) return;
     file_.parent().createFolder();
-    FileLock lock(lockFile_, lockMilliseconds);
+    FileLock lock(lockFile_, lockWait_);
     std::map<std::string, std::string, std::less<>> current;
     if (file_.kind() != Path::Kind::absent) current = decode(readWholeFile(file_));
     for (const auto& [key, blob] : changes_) current.insert_or_assign(key, blob);

@@ -15,14 +15,21 @@ namespace tw {
 
 class SharedStore {
 public:
-    // How long any access waits for another process to finish its own.
+    // How long an access waits for another process to finish its own.
     static constexpr int lockMilliseconds = 5000;
+    // The wait of the read at an instance's start-up. Holders only read or replace one
+    // small file, which takes milliseconds; a process that holds the lock far longer is
+    // stuck, and a host scanning or loading plug-ins must not wait on it for seconds per
+    // instance. The instance then starts with its factory programs.
+    static constexpr int startupLockMilliseconds = 100;
 
     // Loads the store, or starts empty when there is none yet. A file that is not a store
     // raises FormatException or EOFException; a lock not obtained in time raises
     // "Time out when aquiring access to a shared resource"; file failures raise
     // QvxFiles::Exception.
-    explicit SharedStore(Path file = sharedStoreFile());
+    // Anything but a plain file in the store's place (a FIFO, a device) reads as a file
+    // that can't be opened, without waiting on it.
+    explicit SharedStore(Path file = sharedStoreFile(), int lockWait = lockMilliseconds);
 
     std::optional<std::string> get(std::string_view key) const;
     void set(std::string_view key, std::string blob);
@@ -42,6 +49,7 @@ private:
 
     Path file_;
     Path lockFile_;
+    int lockWait_;
     std::map<std::string, std::string, std::less<>> entries_;
     std::map<std::string, std::string, std::less<>> changes_;
 };

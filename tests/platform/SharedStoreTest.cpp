@@ -2,11 +2,14 @@
 
 #include "platform/Exception.h"
 #include "platform/FileLock.h"
+#include "platform/QvxFiles.h"
 #include "tests/platform/TempFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace tw;
 using tw::test::runInChild;
@@ -104,6 +107,26 @@ TEST(SharedStore, DamagedFileIsRefusedAndLeftAlone) {
     store.set("other", "x");
     EXPECT_THROW(store.commit(), FormatException);
     EXPECT_EQ(dir.read("MarlinWorks.store"), std::string("MWst\x02\0\0\0", 8));
+}
+
+TEST(SharedStore, SomethingElseInTheStoresPlaceIsUnreadableWithoutWaiting) {
+    // A FIFO would block a plain open for reading until some writer came: the store is
+    // opened in a child that an alarm ends, so that a regression fails instead of hanging.
+    for (const char* name : {"MarlinWorks.store", "MarlinWorks.store.lock"}) {
+        TempFolder fresh;
+        ASSERT_EQ(::mkfifo((fresh.path / name).c_str(), 0600), 0);
+        Path file = Path::parse(fresh.str() + "MarlinWorks.store");
+        int code = runInChild([&] {
+            ::alarm(5);
+            try {
+                SharedStore store(file);
+                return store.get("key") ? 3 : 0;
+            } catch (const QvxFiles::Exception& e) {
+                return e.message().rfind("Error opening file", 0) == 0 ? 2 : 4;
+            }
+        });
+        EXPECT_EQ(code, std::string(name) == "MarlinWorks.store" ? 2 : 0) << name;
+    }
 }
 
 TEST(SharedStore, ByteFormat) {
