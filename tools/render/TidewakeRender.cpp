@@ -19,6 +19,7 @@
 #include "model/TidewakeDescriptor.h"
 #include "tools/common/AudioFile.h"
 #include "tools/common/DemoSignal.h"
+#include "tools/common/OptionValues.h"
 #include "tools/vst2host/HostedPlugin.h"
 
 namespace tw {
@@ -42,13 +43,6 @@ struct Options {
     std::exit(2);
 }
 
-double number(const std::string& s, const char* what) {
-    char* end = nullptr;
-    double v = std::strtod(s.c_str(), &end);
-    if (s.empty() || *end != 0) usage(std::string("not a number for ") + what + ": " + s);
-    return v;
-}
-
 Options parse(int argc, char** argv) {
     Options o;
     for (int i = 1; i < argc; ++i) {
@@ -60,22 +54,22 @@ Options parse(int argc, char** argv) {
         if (a == "-o" || a == "--output") {
             o.output = next();
         } else if (a == "--program") {
-            o.program = static_cast<int>(number(next(), "--program"));
+            o.program = wholeOption(a, next(), 0, tidewakeDescriptor().programCount - 1);
         } else if (a == "--param" || a == "--set") {
             std::string kv = next();
             size_t eq = kv.find('=');
             if (eq == std::string::npos) usage(a + " wants NAME=" + (a == "--set" ? "TEXT: " : "VALUE: ") + kv);
             o.settings.push_back({kv.substr(0, eq), kv.substr(eq + 1), a == "--set"});
         } else if (a == "--tempo") {
-            o.transport.tempo = number(next(), "--tempo");
+            o.transport.tempo = numberOption(a, next(), 1, 999);
         } else if (a == "--stopped") {
             o.transport.playing = false;
         } else if (a == "--note") {
-            o.note = static_cast<int>(number(next(), "--note"));
+            o.note = wholeOption(a, next(), 0, 127);
         } else if (a == "--tail") {
-            o.tail = number(next(), "--tail");
+            o.tail = numberOption(a, next(), 0, 600);
         } else if (a == "--rate") {
-            o.rate = static_cast<int>(number(next(), "--rate"));
+            o.rate = wholeOption(a, next(), 8000, 384000);
         } else if (a == "--bypass") {
             o.bypass = true;
         } else if (a.size() > 1 && a[0] == '-') {
@@ -86,10 +80,6 @@ Options parse(int argc, char** argv) {
             usage("one input file at most");
         }
     }
-    if (o.rate < 8000 || o.rate > 384000) usage("--rate must be 8000 to 384000");
-    if (o.tail < 0 || o.tail > 600) usage("--tail must be 0 to 600 seconds");
-    if (o.note > 127) usage("--note must be 0 to 127");
-    if (o.transport.tempo <= 0 || o.transport.tempo > 999) usage("--tempo must be above 0 and at most 999");
     return o;
 }
 
@@ -121,7 +111,14 @@ void render(const Options& o) {
 
 int main(int argc, char** argv) {
     try {
-        tw::render(tw::parse(argc, argv));
+        tw::Options options;
+        try {
+            options = tw::parse(argc, argv);
+        } catch (const tw::UsageError& e) {
+            std::fprintf(stderr, "tidewake-render: %s\n", e.what());
+            return 2;
+        }
+        tw::render(options);
         return 0;
     } catch (const std::exception& e) {
         std::fprintf(stderr, "tidewake-render: %s\n", e.what());

@@ -25,6 +25,7 @@
 
 #include "tools/common/AudioFile.h"
 #include "tools/common/DemoSignal.h"
+#include "tools/common/OptionValues.h"
 #include "tools/vst2host/HostedPlugin.h"
 
 namespace tw {
@@ -53,20 +54,6 @@ struct Options {
     std::exit(2);
 }
 
-int toInt(const std::string& s, const char* what) {
-    char* end = nullptr;
-    long v = std::strtol(s.c_str(), &end, 10);
-    if (s.empty() || *end != 0) usage(std::string("not a whole number for ") + what + ": " + s);
-    return static_cast<int>(v);
-}
-
-double toDouble(const std::string& s, const char* what) {
-    char* end = nullptr;
-    double v = std::strtod(s.c_str(), &end);
-    if (s.empty() || *end != 0) usage(std::string("not a number for ") + what + ": " + s);
-    return v;
-}
-
 Options parse(int argc, char** argv) {
     Options o;
     std::vector<std::string> positional;
@@ -79,20 +66,20 @@ Options parse(int argc, char** argv) {
         if (a == "-o" || a == "--output") o.output = next();
         else if (a == "--chunk") o.chunkFile = next();
         else if (a == "--preset") o.preset = true;
-        else if (a == "--program") o.program = toInt(next(), "--program");
+        else if (a == "--program") o.program = wholeOption(a, next(), 0, 9999);
         else if (a == "--param" || a == "--set") {
             std::string kv = next();
             auto eq = kv.find('=');
             if (eq == std::string::npos) usage(a + " wants NAME=" + (a == "--set" ? "TEXT: " : "VALUE: ") + kv);
             o.params.push_back({kv.substr(0, eq), kv.substr(eq + 1), a == "--set"});
         } else if (a == "--bypass") o.bypass = true;
-        else if (a == "--block") o.block = toInt(next(), "--block");
-        else if (a == "--rate") o.rate = toInt(next(), "--rate");
-        else if (a == "--tempo") o.transport.tempo = toDouble(next(), "--tempo");
+        else if (a == "--block") o.block = wholeOption(a, next(), 1, 65536);
+        else if (a == "--rate") o.rate = wholeOption(a, next(), 1000, 768000);
+        else if (a == "--tempo") o.transport.tempo = numberOption(a, next(), 1, 999);
         else if (a == "--stopped") o.transport.playing = false;
         else if (a == "--no-time") o.transport.timeInfo = false;
-        else if (a == "--note") o.note = toInt(next(), "--note");
-        else if (a == "--tail") o.tail = toDouble(next(), "--tail");
+        else if (a == "--note") o.note = wholeOption(a, next(), 0, 127);
+        else if (a == "--tail") o.tail = numberOption(a, next(), 0, 600);
         else if (a == "--raw") o.raw = true;
         else if (a.size() > 1 && a[0] == '-') usage("unknown option " + a);
         else positional.push_back(a);
@@ -109,9 +96,6 @@ Options parse(int argc, char** argv) {
     } else if (o.command != "info" || positional.size() != 2) {
         usage("unknown command or extra arguments: " + o.command);
     }
-    if (o.block < 1 || o.block > 65536) usage("--block must be 1 to 65536");
-    if (o.rate < 1000 || o.rate > 768000) usage("--rate must be 1000 to 768000");
-    if (o.note > 127) usage("--note must be 0 to 127");
     return o;
 }
 
@@ -193,7 +177,13 @@ void render(HostedPlugin& plugin, const Options& o) {
 }
 
 int run(int argc, char** argv) {
-    Options o = parse(argc, argv);
+    Options o;
+    try {
+        o = parse(argc, argv);
+    } catch (const UsageError& e) {
+        std::fprintf(stderr, "vst2host: %s\n", e.what());
+        return 2;
+    }
     HostedPlugin plugin(o.plugin);
     if (o.command == "render") {
         render(plugin, o);
