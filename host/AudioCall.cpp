@@ -3,6 +3,7 @@
 // latency. MIDI events wait in a queue until the frame that holds their sample runs.
 #include <algorithm>
 #include <cstring>
+#include <xmmintrin.h>
 
 #include "host/PluginInstance.h"
 
@@ -15,6 +16,19 @@ namespace {
 // information at all.
 bool usableTime(double tempo, double position) {
     return tempo > 0.0 && tempo <= 1.0e6 && position - position == 0.0;
+}
+
+// What is not a finite number becomes silence: one NaN let into the loop would ring in
+// the feedback for good. x * 0 is NaN exactly for NaN and the infinities.
+void silenceNonFinite(float* x, int n) {
+    int i = 0;
+    for (; i + 4 <= n; i += 4) {
+        __m128 v = _mm_loadu_ps(x + i);
+        __m128 zero = _mm_mul_ps(v, _mm_setzero_ps());
+        _mm_storeu_ps(x + i, _mm_and_ps(v, _mm_cmpord_ps(zero, zero)));
+    }
+    for (; i < n; ++i)
+        if (!(x[i] - x[i] == 0.0f)) x[i] = 0.0f;
 }
 
 }  // namespace
@@ -113,6 +127,7 @@ void PluginInstance::processBlock(float** inputs, float** outputs, int frames, b
             context.songPosition = blockPosition + i * quarterNotesPerSample;
             for (int c = 0; c < channelsIn; ++c) inputPointers_[static_cast<std::size_t>(c)] = frameBuffers_[static_cast<std::size_t>(c)].data();
             for (int c = 0; c < channelsOut; ++c) outputPointers_[static_cast<std::size_t>(c)] = frameBuffers_[static_cast<std::size_t>(c)].data();
+            for (int c = 0; c < channelsIn; ++c) silenceNonFinite(frameBuffers_[static_cast<std::size_t>(c)].data(), frameSize);
             context.inputs = inputPointers_.data();
             context.outputs = outputPointers_.data();
             context.frames = frameSize;
@@ -133,10 +148,7 @@ void PluginInstance::processBlock(float** inputs, float** outputs, int frames, b
                 // The output takes what the last frame produced, the frame takes the new
                 // input; reading the input first keeps hosts that process in place right.
                 float produced = frame[k];
-                float x = in ? in[k] : 0.0f;
-                // What is not a finite number is silence: one NaN let into the loop
-                // would ring in the feedback for good.
-                frame[k] = x - x == 0.0f ? x : 0.0f;
+                frame[k] = in ? in[k] : 0.0f;
                 if (out) out[k] = accumulate ? out[k] + produced : produced;
             }
         }
