@@ -37,10 +37,15 @@ function(tidewake_bench name)
   target_link_libraries(${name} PRIVATE ${ARG_DEPENDS} benchmark::benchmark Threads::Threads)
 endfunction()
 
-# tidewake_fuzz(name SOURCES ... DEPENDS ... [CORPUS dir])
-# A libFuzzer target; CI runs it for a fixed number of runs over its seed corpus.
+# tidewake_fuzz(name SOURCES ... DEPENDS ... [CORPUS dir] [RUNS n])
+# A libFuzzer target; CI runs it for a fixed number of runs over its seed corpus (fewer
+# for a target whose every input is a whole session, given with RUNS).
 function(tidewake_fuzz name)
-  cmake_parse_arguments(ARG "" "CORPUS" "SOURCES;DEPENDS" ${ARGN})
+  cmake_parse_arguments(ARG "" "CORPUS;RUNS" "SOURCES;DEPENDS" ${ARGN})
+  set(runs ${TIDEWAKE_FUZZ_RUNS})
+  if(ARG_RUNS)
+    set(runs ${ARG_RUNS})
+  endif()
   add_executable(fuzz_${name} ${ARG_SOURCES})
   target_include_directories(fuzz_${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(fuzz_${name} PRIVATE ${ARG_DEPENDS})
@@ -52,7 +57,7 @@ function(tidewake_fuzz name)
   endif()
   set(scratch ${CMAKE_CURRENT_BINARY_DIR}/corpus_${name})
   add_test(NAME fuzz_${name}
-           COMMAND sh -c "mkdir -p '${scratch}' && exec '$<TARGET_FILE:fuzz_${name}>' -runs=${TIDEWAKE_FUZZ_RUNS} -max_len=65536 -timeout=10 -rss_limit_mb=2048 '${scratch}' ${seeds}")
+           COMMAND sh -c "mkdir -p '${scratch}' && exec '$<TARGET_FILE:fuzz_${name}>' -runs=${runs} -max_len=65536 -timeout=10 -rss_limit_mb=2048 '${scratch}' ${seeds}")
 endfunction()
 
 # Adds every subfolder of the calling folder that has a CMakeLists.txt, so that a new
