@@ -3,13 +3,13 @@
 #include "engine/EngineRandom.h"
 
 #include <algorithm>
+#include <mutex>
 
 namespace tw {
 
 namespace {
 
 EngineTables tables;
-bool built = false;
 
 void buildNoise() {
     EngineRandom random;
@@ -49,10 +49,11 @@ void buildSmear() {
 }  // namespace
 
 void buildEngineTables() {
-    if (built) return;
-    buildNoise();
-    buildSmear();
-    built = true;
+    static std::once_flag once;
+    std::call_once(once, [] {
+        buildNoise();
+        buildSmear();
+    });
 }
 
 const EngineTables& engineTables() { return tables; }

@@ -1,4 +1,4 @@
-// The engine's static tables, built once at first-instance start-up and only read after:
+// The engine's static tables, built once by the first engine made and only read after:
 // the anti-denormal noise and the smear's length ratios and tap coefficients.
 #pragma once
 
@@ -19,7 +19,8 @@ struct EngineTables {
     float tap[kTapSize];
 };
 
-// Builds the tables unless they are built; the plug-in calls it once under its start-up lock.
+// Builds the tables unless they are built, once per process whichever thread asks first;
+// every engine asks at its construction.
 void buildEngineTables();
 
 // The built tables.

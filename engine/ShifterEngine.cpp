@@ -56,7 +56,7 @@ float noteLengthsPerWhole(int entry) {
 
 }  // namespace
 
-ShifterEngine::ShifterEngine() = default;
+ShifterEngine::ShifterEngine() { buildEngineTables(); }
 
 void ShifterEngine::reset(float rate, uint32_t seed) {
     static_cast<EngineState&>(*this) = EngineState();

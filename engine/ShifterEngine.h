@@ -18,7 +18,7 @@ public:
     static constexpr int kFrameSize = 8;
     static constexpr int kSmearUnits = 4;
 
-    // Needs the engine tables (buildEngineTables) built.
+    // Builds the engine tables if no engine has yet.
     ShifterEngine();
 
     // Clears all state for a sample rate; the seed starts the random generator.

@@ -104,8 +104,8 @@ void PluginInstance::processBlock(float** inputs, float** outputs, int frames, b
     tempoCell_.publish(context.tempo);
     sortEvents();
 
-    PatchReader edit = editPatch_.acquire();
-    PatchReader program = *edit ? PatchReader() : acquirePatch(getCurrentProgram());
+    PatchHandle edit = editPatch_.acquire();
+    PatchHandle program = *edit ? PatchHandle() : acquirePatch(getCurrentProgram());
     context.patch = *edit ? edit->get() : program->get();
     auto guardReader = guardCell_.acquire();
 

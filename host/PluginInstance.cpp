@@ -210,7 +210,7 @@ vst2::intptr PluginInstance::vendorSpecific(vst2::int32 code, vst2::intptr argum
             const int id = argument >= 0 && argument < effect_.numParams ? parameterId(static_cast<int>(argument)) : -1;
             if (id < 0 || ptr == nullptr) return 0;
             auto& record = *static_cast<vendor::ParameterText*>(ptr);
-            PatchReader r = acquirePatch(getCurrentProgram());
+            PatchHandle r = acquirePatch(getCurrentProgram());
             if (code == vendor::valueToTextCode) {
                 copyText(record.text, factory_->valueToText(**r, id, record.value, false), sizeof record.text - 1);
                 return 1;
@@ -226,7 +226,7 @@ vst2::intptr PluginInstance::vendorSpecific(vst2::int32 code, vst2::intptr argum
 void PluginInstance::setHostParameter(int hostIndex, float value) {
     int id = parameterId(hostIndex);
     if (id < 0) return;
-    PatchReader r = acquirePatch(getCurrentProgram());
+    PatchHandle r = acquirePatch(getCurrentProgram());
     (*r)->setParameter(id, safeParameterValue(descriptor_.parameters[static_cast<std::size_t>(id)], value));
 }
 
@@ -274,7 +274,7 @@ vst2::intptr PluginInstance::dispatch(vst2::int32 opcode, vst2::int32 index, vst
             } else if (opcode == effGetParamLabel) {
                 copyText(ptr, row.unit, nameLimit);
             } else {
-                PatchReader r = acquirePatch(getCurrentProgram());
+                PatchHandle r = acquirePatch(getCurrentProgram());
                 copyText(ptr, factory_->valueToText(**r, id, (*r)->getParameter(id), false), nameLimit);
             }
             return 0;
@@ -304,7 +304,7 @@ vst2::intptr PluginInstance::dispatch(vst2::int32 opcode, vst2::int32 index, vst
             copyText(ptr, descriptor_.publicName, 63);
             return 1;
         case effGetVendorString:
-            copyText(ptr, "Marlin Works", 63);
+            copyText(ptr, descriptor_.vendorName, 63);
             return 1;
         case effGetVendorVersion:
             return static_cast<intptr>(descriptor_.version);
@@ -373,12 +373,12 @@ void PluginInstance::setCurrentProgram(int program) {
 }
 
 std::uint32_t PluginInstance::getPatchStamp(int program) {
-    PatchReader r = acquirePatch(program);
+    PatchHandle r = acquirePatch(program);
     return (*r)->getChangeStamp();
 }
 
 std::unique_ptr<Patch> PluginInstance::clonePatch(int program) {
-    PatchReader r = acquirePatch(program);
+    PatchHandle r = acquirePatch(program);
     return (*r)->clone();
 }
 
@@ -386,18 +386,18 @@ void PluginInstance::setPatch(int program, const Patch& patch) {
     if (validProgram(program)) patches_[static_cast<std::size_t>(program)]->publish(patch.clone());
 }
 
-PatchReader PluginInstance::acquirePatch(int program) {
+PatchHandle PluginInstance::acquirePatch(int program) {
     if (!validProgram(program)) program = 0;
     return patches_[static_cast<std::size_t>(program)]->acquire();
 }
 
 void PluginInstance::getPatchName(int program, std::size_t maxLength, char* buffer) {
-    PatchReader r = acquirePatch(program);
+    PatchHandle r = acquirePatch(program);
     (*r)->getName(maxLength, buffer);
 }
 
 bool PluginInstance::setPatchName(int program, std::string_view text) {
-    PatchReader r = acquirePatch(program);
+    PatchHandle r = acquirePatch(program);
     return (*r)->setName(text);
 }
 
@@ -411,7 +411,7 @@ void PluginInstance::beginEnd(int parameter, bool beginning) {
 
 float PluginInstance::getParameter(int program, int parameter) {
     if (parameter < 0 || parameter >= static_cast<int>(gestures_.size())) return 0.0f;
-    PatchReader r = acquirePatch(program);
+    PatchHandle r = acquirePatch(program);
     return (*r)->getParameter(parameter);
 }
 
@@ -419,7 +419,7 @@ void PluginInstance::setParameter(int program, int parameter, float value) {
     if (parameter < 0 || parameter >= static_cast<int>(gestures_.size())) return;
     value = safeParameterValue(descriptor_.parameters[static_cast<std::size_t>(parameter)], value);
     {
-        PatchReader r = acquirePatch(program);
+        PatchHandle r = acquirePatch(program);
         (*r)->setParameter(parameter, value);
     }
     if (program == getCurrentProgram() && gestures_[static_cast<std::size_t>(parameter)])

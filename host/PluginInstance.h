@@ -76,7 +76,7 @@ public:
     std::uint32_t getPatchStamp(int program) override;
     std::unique_ptr<Patch> clonePatch(int program) override;
     void setPatch(int program, const Patch& patch) override;
-    PatchReader acquirePatch(int program) override;
+    PatchHandle acquirePatch(int program) override;
     void getPatchName(int program, std::size_t maxLength, char* buffer) override;
     bool setPatchName(int program, std::string_view text) override;
     void beginEnd(int parameter, bool beginning) override;

@@ -2,7 +2,6 @@
 
 #include <atomic>
 
-#include "engine/EngineTables.h"
 #include "platform/Mutex.h"
 
 namespace tw {
@@ -29,8 +28,7 @@ std::uint32_t seedState = 0x2545f491u;  // under seedLock
 
 void ProcessServices::acquire() {
     Mutex::Guard guard(startupLock());
-    // The first instance builds what every instance only reads.
-    if (instances++ == 0) buildEngineTables();
+    ++instances;
 }
 
 void ProcessServices::release() {

@@ -29,13 +29,13 @@ std::string saveChunk(ModelServices& model, bool isPreset) {
     const ModelFactory& factory = model.getFactory();
     std::string payload;
     if (isPreset) {
-        PatchReader patch = model.acquirePatch(model.getCurrentProgram());
+        PatchHandle patch = model.acquirePatch(model.getCurrentProgram());
         appendLengthAndBytes(payload, factory.patchToText(**patch, false));
     } else {
         int count = factory.getDescriptor().programCount;
         appendLittleEndian(payload, static_cast<std::uint32_t>(count));
         for (int program = 0; program < count; ++program) {
-            PatchReader patch = model.acquirePatch(program);
+            PatchHandle patch = model.acquirePatch(program);
             appendLengthAndBytes(payload, factory.patchToText(**patch, false));
         }
         payload.append(chunk::licenceRecordSize, '\0');

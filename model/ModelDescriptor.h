@@ -15,6 +15,7 @@ struct ModelDescriptor {
     std::int32_t uniqueId;      // VST unique id and the fxID of banks and chunks
     std::string modelName;      // internal name: prefix of resource names and store keys
     std::string publicName;     // name shown to hosts and users
+    std::string vendorName;     // the maker, as hosts show it
     std::uint32_t version;      // bytes from the low one: bugfix, minor, major, 0
     bool isSynth;
     bool receivesMidi;

@@ -17,7 +17,10 @@ namespace tw {
 class ModelFactory;
 
 using PatchCell = OwningSlotCell<Patch>;
-using PatchReader = PatchCell::Reader;
+// A hold on the patch in a program's cell: it keeps that patch alive while in use. The
+// patch's values are atomic words, so a holder reads and writes them in place; a
+// changed name, path or set of values as a whole is published as a new patch instead.
+using PatchHandle = PatchCell::Reader;
 
 class ModelServices {
 public:
@@ -30,7 +33,7 @@ public:
     virtual std::unique_ptr<Patch> clonePatch(int program) = 0;
     // Publishes a clone of `patch` into the program's cell.
     virtual void setPatch(int program, const Patch& patch) = 0;
-    virtual PatchReader acquirePatch(int program) = 0;
+    virtual PatchHandle acquirePatch(int program) = 0;
     virtual void getPatchName(int program, std::size_t maxLength, char* buffer) = 0;
     virtual bool setPatchName(int program, std::string_view text) = 0;
     // Starts or ends the user's gesture on a parameter (by id).

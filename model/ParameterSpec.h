@@ -35,6 +35,9 @@ inline float safeParameterValue(const ParameterSpec& row, float value) {
     return value < 0.0f ? 0.0f : value > 1.0f ? 1.0f : value;
 }
 
+// A boolean row is on from the middle up.
+inline bool isOn(float value) { return value >= 0.5f; }
+
 // The step of a discrete row: floor(value * max + 0.5).
 inline int discreteStep(const ParameterSpec& row, float value) {
     return static_cast<int>(value * row.displayMax + 0.5f);

@@ -51,7 +51,7 @@ float clampUnit(double value) {
 std::string formatGeneric(const ParameterSpec& row, float value, bool precise) {
     switch (row.kind) {
         case ParameterKind::boolean:
-            return value >= 0.5f ? "On" : "Off";
+            return isOn(value) ? "On" : "Off";
         case ParameterKind::discrete: {
             int step = std::clamp(discreteStep(row, value), 0, static_cast<int>(row.labels.size()) - 1);
             return row.labels[static_cast<std::size_t>(step)];
@@ -99,7 +99,7 @@ bool parseGeneric(const ParameterSpec& row, std::string_view text, float& out) {
 float quantiseGeneric(const ParameterSpec& row, float value) {
     switch (row.kind) {
         case ParameterKind::boolean:
-            return value < 0.5f ? 0.0f : 1.0f;
+            return isOn(value) ? 1.0f : 0.0f;
         case ParameterKind::discrete: {
             float n = row.displayMax - row.displayMin;
             return n > 0 ? std::floor(n * value + 0.5f) / n : 0.0f;

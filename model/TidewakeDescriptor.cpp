@@ -51,6 +51,7 @@ ModelDescriptor makeDescriptor() {
     d.uniqueId = fourCharCode("QvTW");
     d.modelName = "Tidewake";
     d.publicName = "Tidewake";
+    d.vendorName = "Marlin Works";
     d.version = 0x00010000;
     d.isSynth = false;
     d.receivesMidi = true;

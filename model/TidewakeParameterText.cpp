@@ -50,7 +50,7 @@ LfoTarget lfoTarget(const Patch& patch) {
 }
 
 bool isOn(const Patch& patch, int id) {
-    return patch.getParameter(id) >= 0.5f;
+    return tw::isOn(patch.getParameter(id));
 }
 
 double sign(double x) {

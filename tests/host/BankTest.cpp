@@ -49,10 +49,10 @@ TEST(Banks, FactoryBankFillsTheProgramsInOrder) {
     TestHost host;
     for (int p = 0; p < 16; ++p) EXPECT_EQ(programName(host, p), factoryNames[p]) << p;
     EXPECT_EQ(host.dispatch(vst2::effGetProgram), 0);
-    PatchReader dub = host.instance().acquirePatch(6);
+    PatchHandle dub = host.instance().acquirePatch(6);
     EXPECT_FALSE((*dub)->isModified());
     EXPECT_EQ((*dub)->getPath().toString(), factoryPatchesFolder("Tidewake").toString() + "MW Dr Dub.tidewake");
-    PatchReader init = host.instance().acquirePatch(0);
+    PatchHandle init = host.instance().acquirePatch(0);
     EXPECT_TRUE((*init)->getPath().empty());
 }
 

@@ -27,7 +27,7 @@ public:
         patches_.at(std::size_t(program))->publish(patch.clone());
         ++published;
     }
-    PatchReader acquirePatch(int program) override { return patches_.at(std::size_t(program))->acquire(); }
+    PatchHandle acquirePatch(int program) override { return patches_.at(std::size_t(program))->acquire(); }
     void getPatchName(int program, std::size_t maxLength, char* buffer) override {
         (*acquirePatch(program))->getName(maxLength, buffer);
     }
