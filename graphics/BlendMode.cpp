@@ -1,6 +1,6 @@
 #include "graphics/BlendMode.h"
 
-#include "cushy/spec/SpecQuote.h"
+#include "speclang/SpecQuote.h"
 
 namespace tw {
 

@@ -1,7 +1,7 @@
 #include "graphics/ImageKey.h"
 
-#include "cushy/spec/SpecLanguage.h"
-#include "cushy/spec/SpecQuote.h"
+#include "speclang/SpecLanguage.h"
+#include "speclang/SpecQuote.h"
 #include "platform/Exception.h"
 
 #include <tuple>

@@ -3,7 +3,7 @@
 // resource manager caches its images under this key.
 #pragma once
 
-#include "cushy/spec/SpecExpression.h"
+#include "speclang/SpecExpression.h"
 #include "graphics/BlendMode.h"
 
 #include <cstdint>

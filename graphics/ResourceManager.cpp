@@ -1,8 +1,8 @@
 #include "graphics/ResourceManager.h"
 
-#include "cushy/spec/SpecExpression.h"
-#include "cushy/spec/SpecQuote.h"
-#include "graphics/Color.h"
+#include "speclang/SpecExpression.h"
+#include "speclang/SpecQuote.h"
+#include "speclang/SpecColor.h"
 #include "graphics/FilmFont.h"
 #include "graphics/ImageDecoder.h"
 #include "graphics/InterpolatedFilm.h"

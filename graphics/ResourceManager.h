@@ -4,7 +4,7 @@
 // `film` and `font` of a layout. Every operation takes its lock.
 #pragma once
 
-#include "cushy/spec/SpecLanguage.h"
+#include "speclang/SpecLanguage.h"
 #include "graphics/AngelCodeFont.h"
 #include "graphics/Font.h"
 #include "graphics/Image.h"

@@ -5,7 +5,8 @@
 #include <charconv>
 #include <cmath>
 
-#include "cushy/spec/SpecNumber.h"
+#include "platform/Ascii.h"
+#include "speclang/SpecNumber.h"
 
 namespace tw {
 
@@ -17,12 +18,6 @@ std::string_view trim(std::string_view s) {
     while (!s.empty() && isWhite(s.front())) s.remove_prefix(1);
     while (!s.empty() && isWhite(s.back())) s.remove_suffix(1);
     return s;
-}
-
-bool equalNoCase(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
-           });
 }
 
 }  // namespace

@@ -3,8 +3,8 @@
 // same text serves patch files, the clipboard, chunks, banks and the startup bank.
 #include "model/ModelFactory.h"
 
-#include "cushy/spec/SpecLanguage.h"
-#include "cushy/spec/SpecQuote.h"
+#include "speclang/SpecLanguage.h"
+#include "speclang/SpecQuote.h"
 #include "model/PatchPath.h"
 #include "platform/Exception.h"
 

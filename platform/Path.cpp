@@ -1,5 +1,6 @@
 #include "platform/Path.h"
 
+#include "platform/Ascii.h"
 #include "platform/QvxFiles.h"
 
 #include <cerrno>
@@ -62,17 +63,6 @@ std::wstring foldedWide(const std::string& text, locale_t locale) {
     return out;
 }
 
-bool endsWithNoCase(std::string_view name, std::string_view suffix) {
-    if (name.size() < suffix.size()) return false;
-    std::string_view tail = name.substr(name.size() - suffix.size());
-    for (std::size_t i = 0; i < suffix.size(); ++i) {
-        unsigned char a = static_cast<unsigned char>(tail[i]), b = static_cast<unsigned char>(suffix[i]);
-        if (a >= 'A' && a <= 'Z') a = static_cast<unsigned char>(a + 32);
-        if (b >= 'A' && b <= 'Z') b = static_cast<unsigned char>(b + 32);
-        if (a != b) return false;
-    }
-    return true;
-}
 
 const std::string emptyText;
 

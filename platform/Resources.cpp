@@ -1,5 +1,7 @@
 #include "platform/Resources.h"
 
+#include "platform/Ascii.h"
+
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -10,17 +12,6 @@
 namespace tw {
 
 namespace {
-
-bool equalNoCase(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) return false;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        unsigned char x = static_cast<unsigned char>(a[i]), y = static_cast<unsigned char>(b[i]);
-        if (x >= 'A' && x <= 'Z') x = static_cast<unsigned char>(x + 32);
-        if (y >= 'A' && y <= 'Z') y = static_cast<unsigned char>(y + 32);
-        if (x != y) return false;
-    }
-    return true;
-}
 
 bool isRegularFile(const std::string& path) {
     struct stat info {};

@@ -1,10 +1,12 @@
 #!/usr/bin/env bash
-# Builds everything and runs every test: the GCC build with its tests, then a clang build
+# Checks the layer order of the includes, builds everything and runs every test: the GCC build with its tests, then a clang build
 # with address and undefined-behaviour sanitizers that runs the tests again and gives each
 # fuzz target a short run, then the lock-free cells under the thread sanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 jobs=$(nproc)
+
+bash tools/check-layers.sh
 
 cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build build -j"$jobs"

@@ -1,35 +1,21 @@
 #include "vector/KeelColor.h"
 
 #include "graphics/PixelMath.h"
-#include "platform/KetchException.h"
+#include "platform/Ascii.h"
+#include "speclang/NamedColors.h"
+#include "vector/KetchException.h"
 #include "vector/KeelNumberList.h"
-#include "vector/KetchNameTable.h"
 #include "vector/KetchNumber.h"
 
 namespace tw {
 
 namespace {
 
-constexpr Ketch::NameTable<std::uint32_t, 17> kColorNames({
-    {"none", 0x00000000},    {"aqua", 0xFF00FFFF},  {"black", 0xFF000000},  {"blue", 0xFF0000FF},
-    {"fuchsia", 0xFFFF00FF}, {"gray", 0xFF808080},  {"green", 0xFF008000},  {"lime", 0xFF00FF00},
-    {"maroon", 0xFF800000},  {"navy", 0xFF000080},  {"olive", 0xFF808000},  {"purple", 0xFF800080},
-    {"red", 0xFFFF0000},     {"silver", 0xFFC0C0C0}, {"teal", 0xFF008080},  {"white", 0xFFFFFFFF},
-    {"yellow", 0xFFFFFF00},
-});
-
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
 // The digits after "#" as a number; false when one is no hex digit.
 bool readHex(std::string_view digits, std::uint32_t& value) {
     value = 0;
     for (char c : digits) {
-        const int d = hexDigit(c);
+        const int d = hexDigitValue(c);
         if (d < 0) return false;
         value = value << 4 | std::uint32_t(d);
     }
@@ -98,7 +84,9 @@ std::uint32_t parseKeelColor(Ketch::Frame& frame, std::string_view text) {
     if (text.size() >= 5 && text.back() == ')' && (text.starts_with("rgb(") || text.starts_with("hsv("))) {
         return colorFunction(frame, text.substr(0, 3), text.substr(4, text.size() - 5));
     }
-    if (const std::uint32_t* named = kColorNames.find(text)) return *named;
+    std::uint32_t named;
+    if (text == "none") return 0;
+    if (findNamedColor(text, named)) return named;
     throw Ketch::SyntaxException("Invalid color");
 }
 

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "graphics/GradientPaint.h"
-#include "platform/KetchException.h"
+#include "vector/KetchException.h"
 #include "vector/KeelColor.h"
 #include "vector/KeelNumberList.h"
 #include "vector/KetchArgumentList.h"

@@ -3,7 +3,7 @@
 #include <limits>
 #include <numbers>
 
-#include "platform/KetchException.h"
+#include "vector/KetchException.h"
 #include "vector/KetchArgumentList.h"
 #include "vector/KetchExecutor.h"
 #include "vector/KetchFrame.h"

@@ -1,6 +1,6 @@
 #include "vector/KetchArgumentList.h"
 
-#include "platform/KetchException.h"
+#include "vector/KetchException.h"
 #include "vector/KetchInterpreter.h"
 #include "vector/KetchScanner.h"
 

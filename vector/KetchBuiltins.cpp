@@ -1,7 +1,7 @@
 #include "vector/KetchBuiltins.h"
 
 #include "vector/KetchArgumentList.h"
-#include "platform/KetchException.h"
+#include "vector/KetchException.h"
 #include "vector/KetchExecutor.h"
 #include "vector/KetchExpression.h"
 #include "vector/KetchFrame.h"

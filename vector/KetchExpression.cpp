@@ -1,6 +1,6 @@
 #include "vector/KetchExpression.h"
 
-#include "platform/KetchException.h"
+#include "vector/KetchException.h"
 #include "vector/KetchInterpreter.h"
 #include "vector/KetchNameTable.h"
 #include "vector/KetchNumber.h"

@@ -1,6 +1,6 @@
 #include "vector/KetchNumber.h"
 
-#include "platform/KetchException.h"
+#include "vector/KetchException.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,25 +1,13 @@
 #include "vector/KetchScanner.h"
 
-#include "platform/KetchException.h"
+#include "platform/Ascii.h"
+#include "vector/KetchException.h"
 
 #include <cstdint>
 
 namespace tw::Ketch {
 
 namespace {
-
-int hexValue(char c) {
-    if (isDigit(c)) {
-        return c - '0';
-    }
-    if (c >= 'a' && c <= 'f') {
-        return c - 'a' + 10;
-    }
-    if (c >= 'A' && c <= 'F') {
-        return c - 'A' + 10;
-    }
-    return -1;
-}
 
 void appendCode(std::string& out, unsigned code) {
     if (code < 0x100) {
@@ -199,8 +187,8 @@ unsigned decodeEscape(const char*& p, const char* end) {
         const int maxDigits = c == 'x' ? 2 : 4;
         unsigned code = 0;
         int n = 0;
-        for (; n < maxDigits && p < end && hexValue(*p) >= 0; ++n, ++p) {
-            code = code * 16 + unsigned(hexValue(*p));
+        for (; n < maxDigits && p < end && hexDigitValue(*p) >= 0; ++n, ++p) {
+            code = code * 16 + unsigned(hexDigitValue(*p));
         }
         return n > 0 ? code : unsigned(std::uint8_t(c));
     }

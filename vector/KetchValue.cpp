@@ -1,6 +1,6 @@
 #include "vector/KetchValue.h"
 
-#include "platform/KetchException.h"
+#include "vector/KetchException.h"
 #include "vector/KetchNumber.h"
 
 namespace tw::Ketch {

@@ -7,7 +7,7 @@
 #include "graphics/GradientPaint.h"
 #include "graphics/PolygonMask.h"
 #include "graphics/SolidPaint.h"
-#include "graphics/SvgPath.h"
+#include "vector/SvgPath.h"
 #include "vector/KeelPainter.h"
 #include "vector/KetchFrame.h"
 #include "vector/KetchInterpreter.h"

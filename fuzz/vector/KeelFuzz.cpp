@@ -6,7 +6,7 @@
 // and texts beyond 16 KB are not run: no input may take more than a few seconds. Anything
 // else that escapes, or any crash, is a fault.
 #include "graphics/CanvasTarget.h"
-#include "platform/KetchException.h"
+#include "vector/KetchException.h"
 #include "vector/KeelPainter.h"
 #include "vector/KetchFrame.h"
 #include "vector/KetchInterpreter.h"

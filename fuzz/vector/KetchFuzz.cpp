@@ -4,7 +4,7 @@
 // over a statement of 64 KB costs milliseconds a pass. Anything else that escapes, or any
 // crash, is a fault.
 #include "vector/KetchArgumentList.h"
-#include "platform/KetchException.h"
+#include "vector/KetchException.h"
 #include "vector/KetchExecutor.h"
 #include "vector/KetchFrame.h"
 #include "vector/KetchInterpreter.h"

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "graphics/CanvasTarget.h"
-#include "platform/KetchException.h"
+#include "vector/KetchException.h"
 #include "vector/KeelPainter.h"
 #include "vector/KetchFrame.h"
 #include "vector/KetchInterpreter.h"

@@ -1,4 +1,4 @@
-#include "platform/KetchException.h"
+#include "vector/KetchException.h"
 #include "tests/Failure.h"
 #include "vector/KetchNumber.h"
 

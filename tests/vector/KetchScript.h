@@ -3,7 +3,7 @@
 // instruction of its own, "mark", which traces its arguments.
 #pragma once
 
-#include "platform/KetchException.h"
+#include "vector/KetchException.h"
 #include "vector/KetchExecutor.h"
 #include "vector/KetchFrame.h"
 #include "vector/KetchInterpreter.h"

@@ -8,7 +8,7 @@
 #include "graphics/CanvasTarget.h"
 #include "graphics/PNGWriter.h"
 #include "platform/FileObject.h"
-#include "platform/KetchException.h"
+#include "vector/KetchException.h"
 #include "vector/KeelPainter.h"
 #include "vector/KetchFrame.h"
 #include "vector/KetchInterpreter.h"

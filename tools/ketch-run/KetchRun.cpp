@@ -3,7 +3,7 @@
 // files beside the script; a fault is printed with the statement it arose in.
 //
 //   ketch-run script.ketch
-#include "platform/KetchException.h"
+#include "vector/KetchException.h"
 #include "vector/KetchExecutor.h"
 #include "vector/KetchFrame.h"
 #include "vector/KetchInterpreter.h"
