@@ -215,4 +215,10 @@ std::int32_t toInt(const std::string& raw, std::int32_t defaultValue) {
     return static_cast<std::int32_t>(value < low ? low : value > high ? high : value);
 }
 
+std::string formatMap(const SpecMap& map) {
+    std::string text;
+    for (const auto& [label, value] : map) text += label + ": " + value + "\n";
+    return text;
+}
+
 }  // namespace tw

@@ -66,4 +66,8 @@ bool toBool(const std::string& raw, bool defaultValue);
 // to the 32-bit range; `defaultValue` when none is there.
 std::int32_t toInt(const std::string& raw, std::int32_t defaultValue);
 
+// A map written back as text, one "label: value" line each, which parseMap reads again.
+// Labels must be bare words; values are raw values.
+std::string formatMap(const SpecMap& map);
+
 }  // namespace tw
