@@ -212,7 +212,8 @@ vst2::intptr PluginInstance::vendorSpecific(vst2::int32 code, vst2::intptr argum
             auto& record = *static_cast<vendor::ParameterText*>(ptr);
             PatchHandle r = acquirePatch(getCurrentProgram());
             if (code == vendor::valueToTextCode) {
-                copyText(record.text, factory_->valueToText(**r, id, record.value, false), sizeof record.text - 1);
+                const float value = safeParameterValue(descriptor_.parameters[static_cast<std::size_t>(id)], record.value);
+                copyText(record.text, factory_->valueToText(**r, id, value, false), sizeof record.text - 1);
                 return 1;
             }
             const char* end = std::find(record.text, record.text + sizeof record.text, '\0');

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include <cstring>
 #include <string>
 
@@ -75,4 +77,8 @@ TEST(ParameterTextCalls, ValueToTextGivesTheDisplayForm) {
     host.effect->setParameter(host.effect, 0, 1.0f);  // freqShiftRange: Midi
     EXPECT_EQ(valueToText(host, shiftIndex, 0.5f), "C3 +00");
     EXPECT_EQ(host.dispatch(vst2::effVendorSpecific, vendor::valueToTextCode, -1, nullptr), 0);
+    // A value from the host is made safe before it is shown, as when it is set.
+    EXPECT_EQ(valueToText(host, 0, -8.4e10f), valueToText(host, 0, 0.0f));
+    EXPECT_EQ(valueToText(host, 0, std::numeric_limits<float>::quiet_NaN()), "Wide") << "the default";
+    EXPECT_EQ(valueToText(host, 0, 3e38f), "Midi");
 }
