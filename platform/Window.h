@@ -130,6 +130,9 @@ public:
     // For helper windows: show or hide, change place (screen coordinates) and size.
     virtual void setVisible(bool visible) = 0;
     virtual void setScreenBounds(std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) = 0;
+    // The text on the system clipboard, for pasting into text entry; empty when there is
+    // none or it holds no text.
+    virtual std::string clipboardText() { return {}; }
     // Runs the events and the timers of the editor until `done` answers true (checked
     // after every event and timer run). Throws LostWindowException "Lost window" at once
     // when the editor's window is closed by the host meanwhile.

@@ -144,12 +144,40 @@ std::string unquote(const std::string& raw) {
 }
 
 std::u16string unquoteWide(const std::string& raw) {
-    if (startsQuoted(raw)) return unquoteAs<std::u16string>(raw, true);
+    return startsQuoted(raw) ? unquoteAs<std::u16string>(raw, true) : fromUtf8(raw);
+}
+
+std::u16string fromUtf8(const std::string& text) {
     std::u16string out;
-    for (const char* p = raw.c_str(); *p != '\0';) {
+    for (const char* p = text.c_str(); *p != '\0';) {
         std::uint32_t code;
         p = decodeUtf8(p, code);
         append(out, code);
+    }
+    return out;
+}
+
+std::string toUtf8(std::u16string_view text) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        std::uint32_t code = text[i];
+        if (code >= 0xD800 && code <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF)
+            code = 0x10000 + ((code - 0xD800) << 10) + (text[++i] - 0xDC00);
+        if (code < 0x80) {
+            out += char(code);
+        } else if (code < 0x800) {
+            out += char(0xC0 | code >> 6);
+            out += char(0x80 | (code & 0x3F));
+        } else if (code < 0x10000) {
+            out += char(0xE0 | code >> 12);
+            out += char(0x80 | ((code >> 6) & 0x3F));
+            out += char(0x80 | (code & 0x3F));
+        } else {
+            out += char(0xF0 | code >> 18);
+            out += char(0x80 | ((code >> 12) & 0x3F));
+            out += char(0x80 | ((code >> 6) & 0x3F));
+            out += char(0x80 | (code & 0x3F));
+        }
     }
     return out;
 }

@@ -25,4 +25,9 @@ std::string quote(std::string_view text);
 // As quote for 16-bit text, with \uHHHH for values from 256 up; unquoteWide reads it back.
 std::string quoteWide(std::u16string_view text);
 
+// UTF-8 text as 16-bit text (a byte that starts no sequence gives U+FFFD), and back.
+// Menu captions and the string table's translations cross between the two.
+std::u16string fromUtf8(const std::string& text);
+std::string toUtf8(std::u16string_view text);
+
 }  // namespace tw

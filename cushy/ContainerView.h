@@ -1,0 +1,43 @@
+// A view with children, bottom first: it paints them in order, clipped to their frames,
+// offers presses to the top one first, and lets every child under the pointer see a move.
+#pragma once
+
+#include <vector>
+
+#include "cushy/View.h"
+
+namespace tw {
+
+class ContainerView : public View {
+public:
+    void paint(Raster32& canvas, const IntRect& clip) override;
+    bool mouseDown(const MouseEvent& event) override;
+    void mouseMove(const MouseEvent& event) override;
+    bool mouseWheel(const MouseEvent& event) override;
+    void refresh() override;
+    View* hitTest(ViewPoint point) override;
+    void mouseLeave(std::uint32_t time) override;
+    bool rightMouseDown(const MouseEvent& event) override;
+    void setWindow(Window* window) override;
+    void resize(const IntRect& frame) override;
+    void moveTo(ViewPoint point) override;
+
+    virtual void addChild(ViewRef child);
+    virtual void removeChild(View* child);
+    virtual void removeAllChildren();
+
+    const std::vector<ViewRef>& children() const { return children_; }
+
+protected:
+    // Called for each child on its way out, before it is disposed.
+    virtual void childRemoved(View& child);
+    // The walk of presses: top child first, the first that answers true wins.
+    template <class Ask>
+    bool offerPress(const MouseEvent& event, Ask ask);
+    // Keeps the children's screen frames after this view moved.
+    void deriveChildFrames();
+
+    std::vector<ViewRef> children_;
+};
+
+}  // namespace tw

@@ -1,0 +1,78 @@
+#include "cushy/CushyWindowClient.h"
+
+#include "cushy/HelperLook.h"
+
+namespace tw {
+
+void CushyWindowClient::attach(Window* window) {
+    window_ = window;
+    root_->setWindow(window);
+    if (window != nullptr) window->invalidate(0, 0, window->width(), window->height());
+}
+
+View* CushyWindowClient::captured() const {
+    View* holder = View::captureHolder();
+    return holder != nullptr && window_ != nullptr && holder->window() == window_ ? holder : nullptr;
+}
+
+MouseEvent CushyWindowClient::toRoot(const MouseEvent& event) const {
+    return offsetEvent(event, root_->frame().left, root_->frame().top);
+}
+
+void CushyWindowClient::paint(const PixelTile& tile) {
+    Raster32 canvas(tile.pixels, tile.stride, IntRect{tile.left, tile.top, tile.width, tile.height});
+    // Nothing of an earlier pass is kept: what no view covers is black.
+    look::fillRect(canvas, canvas.bounds(), 0xFF000000);
+    const IntRect& frame = root_->frame();
+    const IntRect part = intersectionOf(canvas.bounds(), frame);
+    if (part.isEmpty() || !root_->visible()) return;
+    Raster32 local(canvas.at(part.left, part.top), canvas.stride(),
+                   IntRect{part.left - frame.left, part.top - frame.top, part.width, part.height});
+    root_->paint(local, local.bounds());
+}
+
+void CushyWindowClient::mouseDown(const MouseEvent& event) {
+    const std::shared_ptr<CushyView> keep = root_;
+    root_->setLastClick({event.x, event.y});
+    if (event.button == rightButton) root_->rightMouseDown(toRoot(event));
+    else root_->mouseDown(toRoot(event));
+}
+
+void CushyWindowClient::mouseUp(const MouseEvent& event) {
+    const std::shared_ptr<CushyView> keep = root_;
+    if (View* holder = captured()) {
+        const std::shared_ptr<View> held = holder->weak_from_this().lock();
+        holder->mouseUp(offsetEvent(event, holder->screenFrame().left, holder->screenFrame().top));
+        return;
+    }
+    root_->mouseUp(toRoot(event));
+}
+
+void CushyWindowClient::mouseMove(const MouseEvent& event) {
+    const std::shared_ptr<CushyView> keep = root_;
+    if (View* holder = captured()) {
+        const std::shared_ptr<View> held = holder->weak_from_this().lock();
+        holder->mouseMove(offsetEvent(event, holder->screenFrame().left, holder->screenFrame().top));
+        return;
+    }
+    if (!root_->mouseInside()) root_->mouseEnter(event.time);
+    root_->mouseMove(toRoot(event));
+}
+
+void CushyWindowClient::mouseWheel(const MouseEvent& event) {
+    const std::shared_ptr<CushyView> keep = root_;
+    root_->mouseWheel(toRoot(event));
+}
+
+void CushyWindowClient::mouseLeave(std::uint32_t time) {
+    const std::shared_ptr<CushyView> keep = root_;
+    if (root_->mouseInside()) root_->mouseLeave(time);
+}
+
+void CushyWindowClient::captureLost() {
+    if (View* holder = captured()) holder->releaseCapture();
+}
+
+void CushyWindowClient::modifiersChanged(const MouseEvent& event) { mouseMove(event); }
+
+}  // namespace tw

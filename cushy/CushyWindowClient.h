@@ -1,0 +1,40 @@
+// Hands a layout's root view to a window: paints the tree into the window's tiles, delivers
+// the mouse (to the holder of the capture while there is one, else down the tree with the
+// hover walk), and refreshes the hover when a modifier key changes. The editor object
+// gives the root to its window through it.
+#pragma once
+
+#include <memory>
+
+#include "cushy/CushyView.h"
+#include "platform/Window.h"
+
+namespace tw {
+
+class CushyWindowClient : public WindowClient {
+public:
+    explicit CushyWindowClient(std::shared_ptr<CushyView> root) : root_(std::move(root)) {}
+
+    // Attaches the root to the window (or detaches it with null): its timers start then.
+    void attach(Window* window);
+    CushyView& root() const { return *root_; }
+
+    void paint(const PixelTile& tile) override;
+    void mouseDown(const MouseEvent& event) override;
+    void mouseUp(const MouseEvent& event) override;
+    void mouseMove(const MouseEvent& event) override;
+    void mouseWheel(const MouseEvent& event) override;
+    void mouseLeave(std::uint32_t time) override;
+    void captureLost() override;
+    void modifiersChanged(const MouseEvent& event) override;
+
+private:
+    // The view of this window that holds the capture, or null.
+    View* captured() const;
+    MouseEvent toRoot(const MouseEvent& event) const;
+
+    std::shared_ptr<CushyView> root_;
+    Window* window_ = nullptr;
+};
+
+}  // namespace tw

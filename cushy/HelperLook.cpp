@@ -1,0 +1,72 @@
+#include "cushy/HelperLook.h"
+
+#include "graphics/Rasterize.h"
+#include "cushy/CushyHost.h"
+#include "graphics/Solid.h"
+#include "speclang/SpecQuote.h"
+
+#include <cstdio>
+
+namespace tw {
+
+namespace look {
+
+void fillRect(Raster32& canvas, const IntRect& rect, std::uint32_t colour) {
+    SolidRect32 solid(colour, rect);
+    blend32(solid, canvas);
+}
+
+void frameRect(Raster32& canvas, const IntRect& rect, std::uint32_t colour) {
+    if (rect.isEmpty()) return;
+    fillRect(canvas, {rect.left, rect.top, rect.width, 1}, colour);
+    fillRect(canvas, {rect.left, rect.top + rect.height - 1, rect.width, 1}, colour);
+    fillRect(canvas, {rect.left, rect.top + 1, 1, rect.height - 2}, colour);
+    fillRect(canvas, {rect.left + rect.width - 1, rect.top + 1, 1, rect.height - 2}, colour);
+}
+
+void drawPanel(Raster32& canvas, const IntRect& rect) {
+    fillRect(canvas, rect, panel);
+    frameRect(canvas, rect, panelEdge);
+}
+
+}  // namespace look
+
+HelperFonts HelperFonts::load(CushyHost& host, CushyView& view) {
+    auto font = [&](std::uint32_t colour) {
+        char spec[64];
+        std::snprintf(spec, sizeof spec, "{ color: 0x%08X }", unsigned(colour));
+        return host.font(view, spec);
+    };
+    return HelperFonts{font(look::text), font(look::dimText), font(look::accentText)};
+}
+
+std::int32_t drawText(Raster32& canvas, Font& font, std::int32_t x, std::int32_t baseline, const std::string& utf8) {
+    const Point end = font.draw(canvas, Point{double(x), double(baseline)}, fromUtf8(utf8));
+    return std::int32_t(end.x) - x;
+}
+
+std::int32_t textWidth(const Font& font, const std::string& utf8) {
+    const IntRect r = font.measure(Point{0, 0}, fromUtf8(utf8), true);
+    return std::int32_t(r.right());
+}
+
+}  // namespace tw
+
+namespace tw::look {
+
+void drawButton(Raster32& canvas, const IntRect& rect, const std::string& label, bool isDefault,
+                const HelperFonts& fonts) {
+    if (isDefault) {
+        fillRect(canvas, rect, accent);
+    } else {
+        fillRect(canvas, rect, field);
+        frameRect(canvas, rect, panelEdge);
+    }
+    Font& font = isDefault ? *fonts.onAccent : *fonts.regular;
+    std::int32_t height, ascent;
+    font.getMetrics(height, ascent);
+    const std::int32_t x = rect.left + (rect.width - textWidth(font, label)) / 2;
+    drawText(canvas, font, x, rect.top + (rect.height - height) / 2 + ascent, label);
+}
+
+}  // namespace tw::look

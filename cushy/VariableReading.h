@@ -1,0 +1,57 @@
+// How views read the string value of a GUI variable, and what they keep to notice a change
+// at refresh: there is no push from the model, so every watching view compares its last
+// value with the one it reads now, and repaints only on a difference.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace tw {
+
+class CushyHost;
+class CushyView;
+
+// The leading decimal number of a value, or `defaultValue` when it has none.
+double variableNumber(const std::string& value, double defaultValue);
+// The leading integer, or 0.
+std::int32_t variableInteger(const std::string& value);
+// "true" or "false" in any case; anything else is false, so that a name nobody set hides.
+bool variableBool(const std::string& value);
+// Numbers that Cushy writes: "%.14g".
+std::string formatVariableNumber(double value);
+
+// A text of a view that may hold tags: expanded once at creation when it has no "[var]",
+// else again at each renew. Captions, hints and a group's `views` with `varExpansion`
+// watch their texts with it.
+class WatchedText {
+public:
+    WatchedText() = default;
+    // Expands the raw text once; throws what expansion throws.
+    WatchedText(std::string raw, CushyHost& host, CushyView& view);
+
+    const std::string& text() const { return text_; }
+    bool watching() const { return watching_; }
+    // Expands again; true when the text changed. A text without variables never does.
+    bool renew(CushyHost& host, CushyView& view);
+
+private:
+    std::string raw_;
+    std::string text_;
+    bool watching_ = false;
+};
+
+// A value control (knob, slider, cluster) as its layout syncs it: the layout reads the
+// control's variable at each refresh and hands the number over unless the control is
+// being dragged (holds the capture).
+class ValueControl {
+public:
+    // The value when the variable holds no number.
+    virtual double defaultValue() const = 0;
+    // Takes the number over, repainting if it changed.
+    virtual void takeValue(double value) = 0;
+
+protected:
+    ~ValueControl() = default;
+};
+
+}  // namespace tw

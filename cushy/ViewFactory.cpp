@@ -1,0 +1,108 @@
+#include "cushy/ViewFactory.h"
+
+#include "cushy/ContainerView.h"
+#include "cushy/Cursor.h"
+#include "cushy/CushyHost.h"
+#include "cushy/CushyView.h"
+#include "cushy/DebugOverlay.h"
+#include "cushy/HintedView.h"
+#include "cushy/TagExpansion.h"
+#include "platform/Exception.h"
+#include "speclang/SpecExpression.h"
+#include "speclang/SpecQuote.h"
+
+#include <cmath>
+
+namespace tw {
+
+namespace {
+
+using Maker = ViewRef (*)(CushyView& layout, const IntRect& rect, const SpecMap& spec);
+
+ViewRef makeCushy(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
+    auto view = std::make_shared<CushyView>(layout.host(), rect);
+    view->setLayoutVariable(unquote(lookup(spec, "layoutVariable")));
+    view->setHintWindow(layout.hintWindow());
+    view->setDebugOverlay(layout.debugOverlay());
+    return view;
+}
+
+struct ViewType {
+    std::string_view name;
+    Maker make;   // null: a type whose view is not part of this build yet
+};
+
+constexpr ViewType viewTypes[] = {
+    {"raster", nullptr},  {"rectangle", nullptr}, {"gradient", nullptr}, {"vector", nullptr},
+    {"caption", nullptr}, {"click", nullptr},     {"hover", nullptr},    {"button", nullptr},
+    {"slider", nullptr},  {"knob", nullptr},      {"cluster", nullptr},  {"animation", nullptr},
+    {"bubble", nullptr},  {"marker", nullptr},    {"group", nullptr},    {"paged", nullptr},
+    {"transformed", nullptr}, {"console", nullptr}, {"cushy", makeCushy},
+};
+
+const ViewType* findType(std::string_view name) {
+    for (const ViewType& t : viewTypes)
+        if (t.name == name) return &t;
+    return nullptr;
+}
+
+// Updates a second as a period in milliseconds; an empty value is 30 a second. A period
+// below one millisecond would be due again within its own run, so it is one.
+std::int32_t refreshPeriod(const std::string& raw) {
+    const double rate = raw.empty() ? 30 : evaluateDouble(raw, 30);
+    const double period = std::floor(1000 / rate + 0.5);
+    if (!(period >= 1)) return 1;
+    return period >= 2147483647.0 ? 2147483647 : std::int32_t(period);
+}
+
+void readSharedKeys(CushyView& layout, View& view, const SpecMap& spec) {
+    if (const auto hint = spec.find("hint"); hint != spec.end()) {
+        if (auto* hinted = dynamic_cast<HintedView*>(&view)) {
+            const std::string raw = unquote(hint->second);
+            const bool watched = hasVar(raw);
+            std::string text = expand(raw, layout.host(), layout);
+            const bool pattern = !watched && text.find('%') != std::string::npos;
+            hinted->setHint(layout.hintWindow(), std::move(text), pattern);
+            if (watched) layout.watchHint(*hinted, raw);
+        }
+    }
+    if (const auto cursor = spec.find("cursor"); cursor != spec.end()) {
+        const std::string& raw = cursor->second;
+        const std::string name = raw.starts_with("{") ? lookup(parseMap(raw), "windows") : raw;
+        view.setCursor(parseCursor(name, Cursor::arrow));
+    }
+    if (const auto rate = spec.find("autoRefresh"); rate != spec.end())
+        layout.addAutoRefresh(view, refreshPeriod(rate->second));
+}
+
+}  // namespace
+
+bool isViewTypeName(std::string_view type) { return findType(type) != nullptr; }
+
+ViewRef createView(CushyView& layout, ContainerView& parent, const SpecMap& spec) {
+    const std::string type = unquote(lookup(spec, "type"));
+    if (type.empty()) throw FormatException("Missing view type");
+    IntRect rect = parent.size();
+    if (const std::string& bounds = lookup(spec, "bounds"); !bounds.empty()) {
+        const SpecRect r = parseBounds(bounds, SpecRect{rect.left, rect.top, std::int32_t(rect.right()),
+                                                        std::int32_t(rect.bottom())});
+        const std::int64_t width = std::int64_t(r.right) - r.left, height = std::int64_t(r.bottom) - r.top;
+        if (width < 0 || height < 0) throw FormatException("View bounds has negative width and/or height");
+        rect = IntRect{r.left, r.top, std::int32_t(std::min<std::int64_t>(width, 0x7FFFFFFF)),
+                       std::int32_t(std::min<std::int64_t>(height, 0x7FFFFFFF))};
+    }
+    ViewRef view = layout.host().createView(layout, rect, type, spec);
+    if (!view) {
+        const ViewType* known = findType(type);
+        if (known == nullptr || known->make == nullptr) throw FormatException("Unrecognized view type : " + quote(type));
+        view = known->make(layout, rect, spec);
+    }
+    view->resize(rect);
+    readSharedKeys(layout, *view, spec);
+    parent.addChild(view);
+    if (const auto edit = spec.find("edit"); edit != spec.end() && layout.debugOverlay())
+        layout.debugOverlay()->add(edit->second, *view);
+    return view;
+}
+
+}  // namespace tw
