@@ -37,7 +37,7 @@ CushyView::CushyView(CushyHost& host, const IntRect& defaultRect) : host_(&host)
 
 CushyView::~CushyView() {
     if (window_ != nullptr) {
-        cancelTimers();
+        cancelTimers(window_->timers());
         window_->timers().cancel(this);
     }
     if (hintWindow_) hintWindow_->hide(*this);
@@ -46,7 +46,7 @@ CushyView::~CushyView() {
 std::string CushyView::title() { return host_->title(); }
 
 void CushyView::dispose() {
-    if (window_ != nullptr) cancelTimers();
+    if (window_ != nullptr) cancelTimers(window_->timers());
     hideActionHint();
     hintViews_.clear();
     controls_.clear();
@@ -94,14 +94,14 @@ void CushyView::attached(Window& window) {
 }
 
 void CushyView::detached(Window& window) {
-    cancelTimers();
+    cancelTimers(window.timers());
     window.timers().cancel(this);
     hideActionHint();
     ContainerView::detached(window);
 }
 
 void CushyView::load(const std::string& name) {
-    if (window_ != nullptr) cancelTimers();
+    if (window_ != nullptr) cancelTimers(window_->timers());
     autoexecs_.clear();
     removeAllChildren();
     currentLayout_ = name;
@@ -147,8 +147,7 @@ void CushyView::startTimers() {
     for (const auto& autoexec : autoexecs_) timers.schedule(autoexec.get(), 0, now + std::uint32_t(autoexec->delay));
 }
 
-void CushyView::cancelTimers() {
-    TimerQueue& timers = window_->timers();
+void CushyView::cancelTimers(TimerQueue& timers) {
     for (const auto& [view, refresher] : refreshers_) timers.cancel(refresher.get());
     for (const auto& autoexec : autoexecs_) timers.cancel(autoexec.get());
 }

@@ -111,7 +111,7 @@ protected:
 
 private:
     void startTimers();
-    void cancelTimers();
+    void cancelTimers(TimerQueue& timers);
     void unregister(View& view);
     void renewHint(HintedView& view, const std::string& raw);
     void syncControl(View& view, const std::string& variable);

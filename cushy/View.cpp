@@ -47,11 +47,12 @@ void View::moveTo(ViewPoint point) {
 }
 
 void View::resize(const IntRect& frame) {
-    if (visible_) invalidateAll();
+    const bool moved = !(frame == frame_);
+    if (moved && visible_) invalidateAll();
     frame_ = frame;
     size_ = IntRect{0, 0, frame.width, frame.height};
     deriveScreenFrame();
-    if (visible_) invalidateAll();
+    if (moved && visible_) invalidateAll();
 }
 
 void View::refresh() {}
