@@ -1,11 +1,13 @@
 #include "cushy/ViewFactory.h"
 
+#include "cushy/CaptionView.h"
 #include "cushy/ContainerView.h"
 #include "cushy/Cursor.h"
 #include "cushy/CushyHost.h"
 #include "cushy/CushyView.h"
 #include "cushy/DebugOverlay.h"
 #include "cushy/HintedView.h"
+#include "cushy/RectangleView.h"
 #include "cushy/TagExpansion.h"
 #include "platform/Exception.h"
 #include "speclang/SpecExpression.h"
@@ -18,6 +20,14 @@ namespace tw {
 namespace {
 
 using Maker = ViewRef (*)(CushyView& layout, const IntRect& rect, const SpecMap& spec);
+
+ViewRef makeCaption(CushyView& layout, const IntRect&, const SpecMap& spec) {
+    return std::make_shared<CaptionView>(layout, spec);
+}
+
+ViewRef makeRectangle(CushyView&, const IntRect& rect, const SpecMap& spec) {
+    return std::make_shared<RectangleView>(rect, spec);
+}
 
 ViewRef makeCushy(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
     auto view = std::make_shared<CushyView>(layout.host(), rect);
@@ -33,8 +43,8 @@ struct ViewType {
 };
 
 constexpr ViewType viewTypes[] = {
-    {"raster", nullptr},  {"rectangle", nullptr}, {"gradient", nullptr}, {"vector", nullptr},
-    {"caption", nullptr}, {"click", nullptr},     {"hover", nullptr},    {"button", nullptr},
+    {"raster", nullptr},  {"rectangle", makeRectangle}, {"gradient", nullptr}, {"vector", nullptr},
+    {"caption", makeCaption}, {"click", nullptr},     {"hover", nullptr},    {"button", nullptr},
     {"slider", nullptr},  {"knob", nullptr},      {"cluster", nullptr},  {"animation", nullptr},
     {"bubble", nullptr},  {"marker", nullptr},    {"group", nullptr},    {"paged", nullptr},
     {"transformed", nullptr}, {"console", nullptr}, {"cushy", makeCushy},
