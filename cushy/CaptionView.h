@@ -24,6 +24,8 @@ public:
 
     void paint(Raster32& canvas, const IntRect& clip) override;
     void refresh() override;
+    // `%` in a caption's hint stands for what it shows.
+    std::string valueText() override { return text_.text(); }
 
     const std::string& text() const { return text_.text(); }
     // The text as it is drawn in the view's width: whole, or cut with the ellipsis.
