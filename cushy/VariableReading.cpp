@@ -1,5 +1,6 @@
 #include "cushy/VariableReading.h"
 
+#include "cushy/CushyHost.h"
 #include "cushy/TagExpansion.h"
 #include "speclang/SpecLanguage.h"
 #include "speclang/SpecNumber.h"
@@ -26,13 +27,27 @@ std::string formatVariableNumber(double value) {
 }
 
 WatchedText::WatchedText(std::string raw, CushyHost& host, CushyView& view)
-    : raw_(std::move(raw)), text_(expand(raw_, host, view)), watching_(hasVar(raw_)) {}
+    : raw_(std::move(raw)), text_(expand(raw_, host, view)), watching_(hasVar(raw_)) {
+    constexpr std::string_view open = "[var]", close = "[/var]";
+    if (raw_.size() > open.size() + close.size() && raw_.starts_with(open) && raw_.ends_with(close)) {
+        const std::string name = raw_.substr(open.size(), raw_.size() - open.size() - close.size());
+        if (name.find_first_of("[]\"'\\") == std::string::npos) plainVariable_ = name;
+    }
+}
 
 bool WatchedText::renew(CushyHost& host, CushyView& view) {
     if (!watching_) return false;
-    std::string now = expand(raw_, host, view);
+    std::string now = plainVariable_.empty() ? expand(raw_, host, view) : host.getVariable(view, plainVariable_);
     if (now == text_) return false;
     text_ = std::move(now);
+    return true;
+}
+
+bool WatchedVariable::renew(CushyHost& host, CushyView& view) {
+    if (name_.empty()) return false;
+    std::string now = host.getVariable(view, name_);
+    if (now == value_) return false;
+    value_ = std::move(now);
     return true;
 }
 

@@ -37,7 +37,27 @@ public:
 private:
     std::string raw_;
     std::string text_;
+    // The variable's name when the whole text is "[var]name[/var]" with a plain name, as
+    // most live captions are: their renewal is one read and one compare.
+    std::string plainVariable_;
     bool watching_ = false;
+};
+
+// One variable that a view watches as a whole string: a paged view's index, a group's
+// visibility or one of its offsets. renew reads it and answers whether it changed.
+class WatchedVariable {
+public:
+    WatchedVariable() = default;
+    explicit WatchedVariable(std::string name) : name_(std::move(name)) {}
+
+    const std::string& name() const { return name_; }
+    const std::string& value() const { return value_; }
+    // False without a name: a view without the key watches nothing.
+    bool renew(CushyHost& host, CushyView& view);
+
+private:
+    std::string name_;
+    std::string value_;
 };
 
 // A value control (knob, slider, cluster) as its layout syncs it: the layout reads the

@@ -29,7 +29,14 @@ ViewRef makeRectangle(CushyView&, const IntRect& rect, const SpecMap& spec) {
     return std::make_shared<RectangleView>(rect, spec);
 }
 
+// A layout that shows itself in a "cushy" child would nest without end.
+constexpr int maxNestedLayouts = 16;
+
 ViewRef makeCushy(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
+    int depth = 0;
+    for (View* v = &layout; v != nullptr; v = v->parent())
+        if (dynamic_cast<CushyView*>(v) != nullptr && ++depth >= maxNestedLayouts)
+            throw FormatException("Layouts nested too deeply");
     auto view = std::make_shared<CushyView>(layout.host(), rect);
     view->setLayoutVariable(unquote(lookup(spec, "layoutVariable")));
     view->setHintWindow(layout.hintWindow());

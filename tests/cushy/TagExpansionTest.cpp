@@ -146,6 +146,16 @@ TEST_F(Tags, WatchedTextsExpandAgainOnlyWithVariables) {
     EXPECT_EQ(live.text(), "n=2");
 }
 
+TEST_F(Tags, WatchedVariablesReportChanges) {
+    WatchedVariable page("page"), none;
+    EXPECT_FALSE(page.renew(editor.host, *editor.root));   // unset reads as "", as at the start
+    editor.host.variables["page"] = "2";
+    EXPECT_TRUE(page.renew(editor.host, *editor.root));
+    EXPECT_EQ(variableInteger(page.value()), 2);
+    EXPECT_FALSE(page.renew(editor.host, *editor.root));
+    EXPECT_FALSE(none.renew(editor.host, *editor.root));
+}
+
 TEST_F(Tags, VectorVariableCacheHoldsOneValuePerRun) {
     editor.host.variables["a"] = "1";
     Ketch::VariableMap builtIns;
