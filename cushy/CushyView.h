@@ -30,7 +30,7 @@ public:
     static constexpr int updateEvent = 101012;
 
     // A layout run every `repeat` ms (0: once), first `delay` ms after attachment.
-    struct Autoexec : TimerHandler {
+    struct Autoexec final : TimerHandler {
         CushyView* owner = nullptr;
         std::string action;
         std::string params;
@@ -39,7 +39,7 @@ public:
         void timerFired(TimerQueue& queue, std::uint32_t due, std::uint32_t now, int id) override;
     };
     // A view refreshed on its own every `period` ms.
-    struct AutoRefresh : TimerHandler {
+    struct AutoRefresh final : TimerHandler {
         CushyView* owner = nullptr;
         View* view = nullptr;
         std::int32_t period = 0;

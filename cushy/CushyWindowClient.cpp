@@ -1,10 +1,12 @@
 #include "cushy/CushyWindowClient.h"
 
 #include "cushy/HelperLook.h"
+#include "cushy/HintWindow.h"
 
 namespace tw {
 
 void CushyWindowClient::attach(Window* window) {
+    if (window != window_ && window_ != nullptr && root_->hintWindow()) root_->hintWindow()->closeWindow();
     window_ = window;
     root_->setWindow(window);
     if (window != nullptr) window->invalidate(0, 0, window->width(), window->height());

@@ -54,6 +54,13 @@ void HintWindow::hideAny() {
     owner_ = nullptr;
 }
 
+void HintWindow::closeWindow() {
+    hideAny();
+    popup_.reset();
+    popupParent_ = nullptr;
+    ownerWindow_ = nullptr;
+}
+
 void HintWindow::textChanged(const View& owner, const std::string& text) {
     if (owner_ != &owner || text == text_) return;
     text_ = text;

@@ -16,7 +16,7 @@ namespace tw {
 
 class View;
 
-class HintWindow : public WindowClient, public TimerHandler {
+class HintWindow final : public WindowClient, public TimerHandler {
 public:
     // `textX`, `textY`: where the text's baseline starts inside the window.
     HintWindow(std::shared_ptr<Font> font, std::int32_t textX, std::int32_t textY);
@@ -35,6 +35,8 @@ public:
     void hide(const View& owner);
     // Hides whatever hint is armed or shown.
     void hideAny();
+    // The editor's window is going away: the hint's own window goes first.
+    void closeWindow();
     // The owner's text changed while it owns the hint.
     void textChanged(const View& owner, const std::string& text);
 

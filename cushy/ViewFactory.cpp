@@ -14,6 +14,7 @@
 #include "speclang/SpecQuote.h"
 
 #include <cmath>
+#include <optional>
 
 namespace tw {
 
@@ -72,24 +73,41 @@ std::int32_t refreshPeriod(const std::string& raw) {
     return period >= 2147483647.0 ? 2147483647 : std::int32_t(period);
 }
 
-void readSharedKeys(CushyView& layout, View& view, const SpecMap& spec) {
-    if (const auto hint = spec.find("hint"); hint != spec.end()) {
-        if (auto* hinted = dynamic_cast<HintedView*>(&view)) {
-            const std::string raw = unquote(hint->second);
-            const bool watched = hasVar(raw);
-            std::string text = expand(raw, layout.host(), layout);
-            const bool pattern = !watched && text.find('%') != std::string::npos;
-            hinted->setHint(layout.hintWindow(), std::move(text), pattern);
-            if (watched) layout.watchHint(*hinted, raw);
-        }
+// The keys many types share, read before the view joins the tree, so that a fault leaves
+// nothing registered for a view that never joined it.
+struct SharedKeys {
+    bool hinted = false;
+    std::string hintRaw;
+    std::string hintText;
+    bool hintWatched = false;
+    std::optional<std::int32_t> refreshPeriod;
+};
+
+SharedKeys readSharedKeys(CushyView& layout, View& view, const SpecMap& spec) {
+    SharedKeys keys;
+    if (const auto hint = spec.find("hint"); hint != spec.end() && dynamic_cast<HintedView*>(&view) != nullptr) {
+        keys.hinted = true;
+        keys.hintRaw = unquote(hint->second);
+        keys.hintWatched = hasVar(keys.hintRaw);
+        keys.hintText = expand(keys.hintRaw, layout.host(), layout);
     }
     if (const auto cursor = spec.find("cursor"); cursor != spec.end()) {
         const std::string& raw = cursor->second;
         const std::string name = raw.starts_with("{") ? lookup(parseMap(raw), "windows") : raw;
         view.setCursor(parseCursor(name, Cursor::arrow));
     }
-    if (const auto rate = spec.find("autoRefresh"); rate != spec.end())
-        layout.addAutoRefresh(view, refreshPeriod(rate->second));
+    if (const auto rate = spec.find("autoRefresh"); rate != spec.end()) keys.refreshPeriod = refreshPeriod(rate->second);
+    return keys;
+}
+
+void registerSharedKeys(CushyView& layout, View& view, SharedKeys& keys) {
+    if (keys.hinted) {
+        auto& hinted = static_cast<HintedView&>(view);
+        const bool pattern = !keys.hintWatched && keys.hintText.find('%') != std::string::npos;
+        hinted.setHint(layout.hintWindow(), std::move(keys.hintText), pattern);
+        if (keys.hintWatched) layout.watchHint(hinted, keys.hintRaw);
+    }
+    if (keys.refreshPeriod) layout.addAutoRefresh(view, *keys.refreshPeriod);
 }
 
 }  // namespace
@@ -115,8 +133,9 @@ ViewRef createView(CushyView& layout, ContainerView& parent, const SpecMap& spec
         view = known->make(layout, rect, spec);
     }
     view->resize(rect);
-    readSharedKeys(layout, *view, spec);
+    SharedKeys keys = readSharedKeys(layout, *view, spec);
     parent.addChild(view);
+    registerSharedKeys(layout, *view, keys);
     if (const auto edit = spec.find("edit"); edit != spec.end() && layout.debugOverlay())
         layout.debugOverlay()->add(edit->second, *view);
     return view;

@@ -31,6 +31,8 @@ WindowDouble::WindowDouble(WindowDouble& parent, WindowClient& client, const std
 }
 
 WindowDouble::~WindowDouble() {
+    // Helpers that outlive their editor are left on their own.
+    for (WindowDouble* helper : helpers_) helper->parent_ = nullptr;
     if (parent_ != nullptr) {
         auto& list = root().helpers_;
         list.erase(std::remove(list.begin(), list.end(), this), list.end());
