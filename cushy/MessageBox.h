@@ -31,6 +31,8 @@ public:
     // The client size the text and buttons need.
     std::int32_t width() const { return width_; }
     std::int32_t height() const { return height_; }
+    // The text as shown, a line each.
+    const std::vector<std::string>& lines() const { return lines_; }
     // The button chosen so far, if any.
     bool closed() const { return closed_; }
     AlertButton result() const { return result_; }

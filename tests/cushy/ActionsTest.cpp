@@ -343,12 +343,15 @@ TEST_F(Actions, ShowErrorFallsBackToAMessageBox) {
         WindowDouble* box = w.topHelper();
         title = box->title();
         auto& message = static_cast<MessageBox&>(box->client());
+        shown = message.lines().at(0);
         const IntRect ok = message.buttonRect(AlertButton::ok);
         box->mouseDown(ok.left + 2, ok.top + 2);
         box->mouseUp(ok.left + 2, ok.top + 2);
     };
     view().showError("");
     EXPECT_EQ(title, "Error");
+    EXPECT_EQ(shown, "Unexpected error!");
+    EXPECT_EQ(editor.host.errors, (Strings{""}));   // the host was asked first, with the message as it came
     // The editor going away while the box is up ends the loop with a lost window.
     editor.window.user = [](WindowDouble& w) { w.lose(); };
     EXPECT_EQ(failure<LostWindowException>([&] { view().showError("x"); }), "Lost window");
