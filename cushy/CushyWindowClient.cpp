@@ -5,6 +5,10 @@
 
 namespace tw {
 
+CushyWindowClient::CushyWindowClient(std::shared_ptr<CushyView> root) : root_(std::move(root)) {
+    if (!root_->cursor()) root_->setCursor(Cursor::arrow);
+}
+
 void CushyWindowClient::attach(Window* window) {
     if (window != window_ && window_ != nullptr && root_->hintWindow()) root_->hintWindow()->closeWindow();
     window_ = window;

@@ -13,7 +13,9 @@ namespace tw {
 
 class CushyWindowClient : public WindowClient {
 public:
-    explicit CushyWindowClient(std::shared_ptr<CushyView> root) : root_(std::move(root)) {}
+    // A root without a cursor of its own gets the arrow, so that every move starts from it
+    // and a view's hand does not stay when the pointer leaves the view.
+    explicit CushyWindowClient(std::shared_ptr<CushyView> root);
 
     // Attaches the root to the window (or detaches it with null): its timers start then.
     void attach(Window* window);

@@ -42,6 +42,9 @@ TEST(ViewTree, OverlappingViewsPressTheTopMoveBoth) {
     editor.window.mouseMove(15, 20);
     EXPECT_EQ(take(editor.log), (Log{"top leave", "bottom move 5,10"}));
     EXPECT_EQ(editor.window.cursor(), Cursor::hand);
+    // Off every view the root's arrow is back.
+    editor.window.mouseMove(150, 80);
+    EXPECT_EQ(editor.window.cursor(), Cursor::arrow);
 }
 
 TEST(ViewTree, AnUnclaimedPressGoesToTheViewBelow) {
