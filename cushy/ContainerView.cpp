@@ -75,9 +75,9 @@ void ContainerView::mouseLeave(std::uint32_t time) {
 }
 
 void ContainerView::refresh() {
-    const std::vector<ViewRef> children = children_;
-    for (const ViewRef& child : children)
-        if (child->parent() == this) child->refresh();
+    // A refresh changes no tree but the refreshing view's own (a layout that loads another),
+    // so the children are walked in place: the idle refresh of a whole screen stays cheap.
+    for (std::size_t i = 0; i < children_.size(); ++i) children_[i]->refresh();
 }
 
 void ContainerView::setWindow(Window* window) {

@@ -77,7 +77,8 @@ void CushyView::refresh() {
             try {
                 load(name);
             } catch (const std::exception& e) {
-                showError(e.what());
+                pendingErrors_.push_back(e.what());
+                postEvent(errorEvent);
             }
         }
     }
@@ -180,7 +181,8 @@ void CushyView::AutoRefresh::timerFired(TimerQueue& queue, std::uint32_t due, st
 
 void CushyView::timerFired(TimerQueue&, std::uint32_t due, std::uint32_t now, int id) {
     timerPending_ = window_ != nullptr && (window_->timers().isScheduled(this, reloadEvent) ||
-                                           window_->timers().isScheduled(this, updateEvent));
+                                           window_->timers().isScheduled(this, updateEvent) ||
+                                           window_->timers().isScheduled(this, errorEvent));
     const std::shared_ptr<View> keep = weak_from_this().lock();
     event(due, now, id);
 }
@@ -189,6 +191,11 @@ void CushyView::event(std::uint32_t, std::uint32_t, int code) {
     try {
         if (code == reloadEvent) host_->reload(*this);
         if (code == updateEvent) host_->update(*this);
+        if (code == errorEvent && !pendingErrors_.empty()) {
+            const std::string message = pendingErrors_.front();
+            pendingErrors_.erase(pendingErrors_.begin());
+            showError(message);
+        }
     } catch (const std::exception& e) {
         showError(e.what());
     }

@@ -28,6 +28,9 @@ public:
     // The events a layout posts to itself, to run after the current call has returned.
     static constexpr int reloadEvent = 101010;
     static constexpr int updateEvent = 101012;
+    // A fault of a refresh (a layout variable naming a bad layout), shown from the queue:
+    // a refresh never runs a modal loop, so that no walk over the tree is cut short.
+    static constexpr int errorEvent = 101013;
 
     // A layout run every `repeat` ms (0: once), first `delay` ms after attachment.
     struct Autoexec final : TimerHandler {
@@ -128,6 +131,7 @@ private:
     ViewPoint lastMouse_;
     ViewPoint lastClick_;
     IntRect hintRect_;
+    std::vector<std::string> pendingErrors_;
     std::string layoutVariable_;
     std::string currentLayout_;
 };

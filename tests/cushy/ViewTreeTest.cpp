@@ -328,7 +328,9 @@ TEST(ModalLayouts, ACushyChildShowsTheLayoutItsVariableNames) {
     // A layout that fails to load is shown as an error.
     editor.host.variables["modalLayout"] = "missing";
     editor.root->refresh();
-    EXPECT_EQ(editor.host.errors.back(), "Resource not found: missing");
+    EXPECT_TRUE(editor.host.errors.empty());   // shown after the refresh, not inside it
+    editor.window.advance(0);
+    EXPECT_EQ(editor.host.errors, (std::vector<std::string>{"Resource not found: missing"}));
 }
 
 TEST(ModalLayouts, SettingTheVariableFromInsideTheLayoutDestroysItSafely) {
