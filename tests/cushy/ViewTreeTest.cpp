@@ -407,3 +407,21 @@ TEST(Lifecycle, TheDebugOverlayRecordsEditKeys) {
     EXPECT_EQ(overlay->entries()[0].rect, (IntRect{1, 2, 3, 4}));
     EXPECT_EQ(overlay->size(), (IntRect{0, 0, 32000, 32000}));
 }
+
+TEST(WindowClient, TilesPaintWhatTheWholeWindowPaints) {
+    Editor editor({0, 0, 60, 40});
+    editor.load(R"~(views: {
+      { type: rectangle, bounds: { 5, 5, 50, 30 }, fill: teal, frame: { color: white, stroke: 1.5 }, rounded: 30 },
+      { type: probe, name: p, bounds: { 20, 10, 10, 30 }, color: { 255, 138, 101 } } })~");
+    editor.attach();
+    editor.window.paintAll();
+    const Raster32& whole = editor.window.canvas();
+    // The same picture, painted as four tiles into a buffer of its own.
+    Raster32 tiled(IntRect{0, 0, 60, 40}, true);
+    for (auto [left, top] : {std::pair{0, 0}, {33, 0}, {0, 17}, {33, 17}}) {
+        const std::int32_t width = left == 0 ? 33 : 27, height = top == 0 ? 17 : 23;
+        editor.client.paint(PixelTile{tiled.at(left, top), tiled.stride(), left, top, width, height});
+    }
+    for (std::int32_t y = 0; y < 40; ++y)
+        for (std::int32_t x = 0; x < 60; ++x) ASSERT_EQ(*tiled.at(x, y), *whole.at(x, y)) << x << "," << y;
+}
