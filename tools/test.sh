@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Checks the layer order of the includes, builds everything and runs every test: the GCC build with its tests, then a clang build
-# with address and undefined-behaviour sanitizers that runs the tests again and gives each
-# fuzz target a short run, then the lock-free cells under the thread sanitizer.
+# Checks the layer order of the includes, builds everything and runs every test: the GCC
+# build with its tests, then a clang build with address and undefined-behaviour sanitizers
+# that runs the tests again and gives each fuzz target a short run, then the lock-free
+# cells under the thread sanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 jobs=$(nproc)
