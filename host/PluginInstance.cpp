@@ -131,9 +131,14 @@ PluginInstance::PluginInstance(vst2::HostCallback host, std::unique_ptr<ModelFac
     eventScratch_.resize(maxEvents);
     gestures_.assign(descriptor_.parameters.size(), 0);
 
-    // 7. The processor, and what it reports to the editor.
+    // 7. The processor, what it reports to the editor, and the editor when the product
+    // has one.
     processor_ = factory_->createProcessor(instanceNumber_);
     feedbackSink_ = factory_->createFeedbackSink();
+    if (!factory_->getEditorSize().isEmpty()) {
+        editor_ = std::make_unique<Editor>(*factory_);
+        effect_.flags |= vst2::effFlagsHasEditor;
+    }
 
     // 8. A first sample rate; the host tells the real one before it runs audio.
     setSampleRate(44100.0f);
@@ -321,6 +326,11 @@ vst2::intptr PluginInstance::dispatch(vst2::int32 opcode, vst2::int32 index, vst
             return 2400;
         case effGetVstVersion:
             return 2400;
+        case effEditGetRect:
+        case effEditOpen:
+        case effEditIdle:
+        case effEditClose:
+            return editor_ ? editor_->dispatch(opcode, value, ptr) : 0;
         default:
             return 0;
     }

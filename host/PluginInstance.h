@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/Editor.h"
 #include "host/ProcessServices.h"
 #include "host/Vst2.h"
 #include "model/FeedbackSink.h"
@@ -128,6 +129,8 @@ private:
     SlotCell<std::uint8_t, Retire::Plain, 3> guardCell_{0};
     std::unique_ptr<FeedbackSink> feedbackSink_;
     std::vector<std::uint8_t> gestures_;
+    // Last, so that the editor's window goes before everything it shows.
+    std::unique_ptr<Editor> editor_;
 };
 
 }  // namespace tw

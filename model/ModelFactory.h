@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "graphics/IntRect.h"
 #include "model/FeedbackSink.h"
 #include "model/ModelDescriptor.h"
 #include "model/Patch.h"
@@ -23,6 +24,9 @@ public:
     virtual std::unique_ptr<Processor> createProcessor(int instanceNumber) const = 0;
     // Every value at its table default, name empty, saved.
     virtual std::unique_ptr<Patch> createInitPatch() const;
+    // The bounds of the editor's main layout; empty for a product without an editor,
+    // which then tells the host that it has none.
+    virtual IntRect getEditorSize() const { return {}; }
     virtual std::unique_ptr<FeedbackSink> createFeedbackSink() const;
 
     // Text of a parameter value: the display form, or with `precise` the full form that

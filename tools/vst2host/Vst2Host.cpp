@@ -4,6 +4,8 @@
 //   vst2host render <plugin.so> [input] [-o output] [settings] [render options]
 //   vst2host save   <plugin.so> <chunk file> [--preset] [settings]
 //   vst2host load   <plugin.so> <chunk file> [--preset]
+//   vst2host edit   <plugin.so> [input] [settings] [editor options] [--seconds S] [--no-audio] [--cpu]
+//   vst2host snapshot <plugin.so> <picture.png> [settings] [editor options] [--idle N]
 //
 // Settings, applied in this order: --chunk FILE (a saved chunk; with --preset a program
 // chunk), --program N, then --param NAME=VALUE (value 0..1) and --set NAME=TEXT (the
@@ -14,6 +16,13 @@
 // 48000), --tempo BPM (default 120), --stopped (transport not running), --no-time (answer
 // no time information), --note N (hold a MIDI note for the length of the input),
 // --tail SECONDS (default 3), --raw (keep the plug-in's latency at the start).
+// Editor options: --idle-rate N (effEditIdle calls per second, default 30), --ardour (as
+// Ardour: events to the editor's _XEventProc every millisecond, idle every 50th pass).
+// `edit` plays the input (the demo phrase when none is given) round and round through the
+// plug-in while the editor is open; `snapshot` writes the editor as the X server shows it
+// after N further idle passes (default 60) once its first frame is there.
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -23,9 +32,12 @@
 #include <string>
 #include <vector>
 
+#include "graphics/PNGWriter.h"
 #include "tools/common/AudioFile.h"
 #include "tools/common/DemoSignal.h"
 #include "tools/common/OptionValues.h"
+#include "tools/vst2host/AudioLoop.h"
+#include "tools/vst2host/EditorHost.h"
 #include "tools/vst2host/HostedPlugin.h"
 
 namespace tw {
@@ -36,6 +48,10 @@ struct Options {
     bool preset = false, bypass = false, raw = false;
     int program = -1, block = 512, rate = 48000, note = -1;
     double tail = 3.0;
+    double seconds = 0;
+    int idlePasses = 60;
+    bool noAudio = false, cpu = false;
+    EditorHost::Settings editor;
     std::vector<HostedPlugin::Setting> params;
     HostedPlugin::Transport transport;
 };
@@ -43,12 +59,14 @@ struct Options {
 [[noreturn]] void usage(const std::string& problem) {
     std::fprintf(stderr,
                  "vst2host: %s\n"
-                 "usage: vst2host info|render|save|load <plugin.so> [...]\n"
+                 "usage: vst2host info|render|save|load|edit|snapshot <plugin.so> [...]\n"
                  "  info   <plugin.so> [settings]\n"
                  "  render <plugin.so> [input] [-o output] [settings] [--block N] [--rate R] [--tempo BPM]\n"
                  "         [--stopped] [--no-time] [--note N] [--tail SECONDS] [--raw]\n"
                  "  save   <plugin.so> <file> [--preset] [settings]\n"
                  "  load   <plugin.so> <file> [--preset]\n"
+                 "  edit   <plugin.so> [input] [settings] [--idle-rate N] [--ardour] [--seconds S] [--no-audio] [--cpu]\n"
+                 "  snapshot <plugin.so> <picture.png> [settings] [--idle-rate N] [--ardour] [--idle N]\n"
                  "settings: --chunk FILE  --program N  --param NAME=VALUE  --set NAME=TEXT  --bypass\n",
                  problem.c_str());
     std::exit(2);
@@ -81,15 +99,24 @@ Options parse(int argc, char** argv) {
         else if (a == "--note") o.note = wholeOption(a, next(), 0, 127);
         else if (a == "--tail") o.tail = numberOption(a, next(), 0, 600);
         else if (a == "--raw") o.raw = true;
+        else if (a == "--seconds") o.seconds = numberOption(a, next(), 0, 86400);
+        else if (a == "--idle") o.idlePasses = wholeOption(a, next(), 0, 100000);
+        else if (a == "--idle-rate") o.editor.idleRate = wholeOption(a, next(), 1, 1000);
+        else if (a == "--ardour") o.editor.ardour = true;
+        else if (a == "--no-audio") o.noAudio = true;
+        else if (a == "--cpu") o.cpu = true;
         else if (a.size() > 1 && a[0] == '-') usage("unknown option " + a);
         else positional.push_back(a);
     }
     if (positional.size() < 2) usage("a command and a plug-in are needed");
     o.command = positional[0];
     o.plugin = positional[1];
-    if (o.command == "render") {
-        if (positional.size() > 3) usage("render takes one input file");
+    if (o.command == "render" || o.command == "edit") {
+        if (positional.size() > 3) usage(o.command + " takes one input file");
         if (positional.size() == 3) o.input = positional[2];
+    } else if (o.command == "snapshot") {
+        if (positional.size() != 3) usage("snapshot needs a picture file");
+        o.output = positional[2];
     } else if (o.command == "save" || o.command == "load") {
         if (positional.size() != 3) usage(o.command + " needs a chunk file");
         o.saveFile = positional[2];
@@ -176,6 +203,44 @@ void render(HostedPlugin& plugin, const Options& o) {
                 output.sampleRate, plugin.effectName().c_str(), o.output.c_str());
 }
 
+double cpuSeconds() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
+void edit(HostedPlugin& plugin, const Options& o) {
+    AudioBuffer input = o.input.empty() ? makeDemoSignal(o.rate) : readAudioFile(o.input);
+    if (input.sampleRate < 1 || input.frames() == 0) throw std::runtime_error("the input holds no audio");
+    plugin.transport = o.transport;
+    plugin.open(static_cast<float>(input.sampleRate), o.block);
+    applySettings(plugin, o);
+    std::unique_ptr<AudioLoop> audio;
+    if (!o.noAudio) audio = std::make_unique<AudioLoop>(plugin, std::move(input), o.block);
+    EditorHost host(plugin, o.editor);
+    const double firstFrame = host.waitForFirstFrame(10);
+    std::printf("%s: editor %d x %d, first frame %.1f ms after effEditOpen\n", plugin.effectName().c_str(), host.width(),
+                host.height(), firstFrame);
+    std::fflush(stdout);
+    const double cpuBefore = cpuSeconds();
+    host.run(o.seconds);
+    if (o.cpu && o.seconds > 0)
+        std::printf("%s: %.3f s of CPU in %.1f s with the editor open (%.2f%%)\n", plugin.effectName().c_str(),
+                    cpuSeconds() - cpuBefore, o.seconds, 100 * (cpuSeconds() - cpuBefore) / o.seconds);
+}
+
+void snapshot(HostedPlugin& plugin, const Options& o) {
+    plugin.open(static_cast<float>(o.rate), o.block);
+    applySettings(plugin, o);
+    EditorHost host(plugin, o.editor);
+    const double firstFrame = host.waitForFirstFrame(10);
+    if (firstFrame < 0) throw std::runtime_error("the editor showed nothing within 10 s");
+    for (int i = 0; i < o.idlePasses; ++i) host.run(1.0 / o.editor.idleRate);
+    writePNG(o.output, host.capture());
+    std::printf("%s: %d x %d into %s; first frame %.1f ms after effEditOpen\n", plugin.effectName().c_str(), host.width(),
+                host.height(), o.output.c_str(), firstFrame);
+}
+
 int run(int argc, char** argv) {
     Options o;
     try {
@@ -187,6 +252,14 @@ int run(int argc, char** argv) {
     HostedPlugin plugin(o.plugin);
     if (o.command == "render") {
         render(plugin, o);
+        return 0;
+    }
+    if (o.command == "edit") {
+        edit(plugin, o);
+        return 0;
+    }
+    if (o.command == "snapshot") {
+        snapshot(plugin, o);
         return 0;
     }
     plugin.open(static_cast<float>(o.rate), o.block);

@@ -1,0 +1,112 @@
+// The X11 implementation of the editor's window and of its helper windows (menus, the
+// hint, dialogs). The editor window is a child of the host's window; helpers are
+// top-level windows on the same connection, sharing its timer queue and modal loop.
+#pragma once
+
+#include <X11/Xlib.h>
+
+#include <bitset>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/DirtyRegion.h"
+#include "platform/EditorWindow.h"
+#include "platform/X11Connection.h"
+#include "platform/X11Surface.h"
+
+namespace tw {
+
+class X11Window;
+
+// What the editor window and its helpers share: the connection, the timers, and whether
+// the host has taken the editor away.
+struct X11Session {
+    std::unique_ptr<X11Connection> connection;
+    TimerQueue timers;
+    std::vector<X11Window*> windows;  // every open window of the session, editor first
+    ::Window hostTopLevel = 0;        // the host's top-level window that holds the editor
+    bool lost = false;
+    int depth = 0;                    // calls of ours under way on the stack
+
+    // Reads and hands on the events that arrived; with `until`, one at a time, stopping
+    // as soon as it answers true.
+    void dispatchEvents(const std::function<bool()>* until);
+    // Paints what is invalid in every window of the session.
+    void paintAll();
+};
+
+class X11Window final : public EditorWindow, private X11EventTarget {
+public:
+    enum class Kind { editor, popup, dialog };
+
+    // The editor window, a child of `parent`.
+    X11Window(WindowClient& client, ::Window parent, std::int32_t width, std::int32_t height);
+    // A helper window of the editor's session, placed at (x, y) on the screen.
+    X11Window(std::shared_ptr<X11Session> session, Kind kind, WindowClient& client, const std::string& title,
+              std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height);
+    ~X11Window() override;
+
+    std::int32_t width() const override { return width_; }
+    std::int32_t height() const override { return height_; }
+    void invalidate(std::int32_t left, std::int32_t top, std::int32_t width, std::int32_t height) override;
+    void setCursor(Cursor cursor) override;
+    void captureMouse() override;
+    void releaseMouse() override;
+    TimerQueue& timers() override { return session_->timers; }
+    bool isActive() const override;
+    void toScreen(std::int32_t& x, std::int32_t& y) const override;
+    std::unique_ptr<Window> openPopup(WindowClient& client, std::int32_t x, std::int32_t y, std::int32_t width,
+                                      std::int32_t height) override;
+    std::unique_ptr<Window> openDialog(WindowClient& client, const std::string& title, std::int32_t x, std::int32_t y,
+                                       std::int32_t width, std::int32_t height) override;
+    void setVisible(bool visible) override;
+    void setScreenBounds(std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) override;
+    void runModal(const std::function<bool()>& done) override;
+
+    void idle() override;
+    bool busy() const override { return session_->depth > 0; }
+    void abandon() override;
+    std::uint64_t framesShown() const override { return frames_; }
+
+    ::Window id() const { return window_; }
+    const std::shared_ptr<X11Session>& session() const { return session_; }
+    // Paints the invalid rectangles, if any.
+    void paintInvalid();
+    // Pixels handed to the client for painting since the window opened.
+    std::uint64_t pixelsPainted() const { return pixelsPainted_; }
+
+    // The function Ardour-style hosts call with their X events (the _XEventProc
+    // property): a pass for every editor window of the process.
+    static void hostEventProc(XEvent* event);
+
+private:
+    void handleEvent(XEvent& event) override;
+    void create(::Window parent, Kind kind, std::int32_t x, std::int32_t y, const std::string& title);
+    void resized(std::int32_t width, std::int32_t height);
+    MouseEvent mouseEvent(std::int32_t x, std::int32_t y, unsigned state, std::uint32_t time) const;
+    void pointerLeft();
+    void lostCapture();
+    void refreshModifiers();
+    void destroyWindow();
+    void placeOnScreen(std::int32_t& x, std::int32_t& y, std::int32_t width, std::int32_t height) const;
+
+    std::shared_ptr<X11Session> session_;
+    WindowClient& client_;
+    Kind kind_;
+    ::Window window_ = 0;
+    Colormap colormap_ = 0;
+    GC gc_ = nullptr;
+    std::int32_t width_, height_;
+    std::unique_ptr<X11Surface> surface_;
+    DirtyRegion dirty_;
+    bool captured_ = false;
+    bool hovered_ = false;
+    unsigned modifiers_ = 0;  // ShiftMask, ControlMask, Mod1Mask as last seen
+    std::int32_t pointerX_ = 0, pointerY_ = 0;
+    std::bitset<256> keysDown_;
+    std::uint64_t frames_ = 0;
+    std::uint64_t pixelsPainted_ = 0;
+};
+
+}  // namespace tw

@@ -1,0 +1,58 @@
+// The command-line host's side of a plug-in's editor, as a DAW on Linux provides it: a
+// top-level window of our own that parents the editor, the editor calls, the idle call at
+// a host's rate (or Ardour's way: events handed to the editor's _XEventProc every
+// millisecond and the idle call some 20 times a second), and reading the window back.
+#pragma once
+
+#include <X11/Xlib.h>
+
+#include <cstdint>
+#include <string>
+
+#include "graphics/Raster.h"
+#include "tools/vst2host/HostedPlugin.h"
+
+namespace tw {
+
+class EditorHost {
+public:
+    struct Settings {
+        int idleRate = 30;    // effEditIdle calls per second
+        bool ardour = false;  // Ardour's event dispatch and idle rate instead
+    };
+
+    // Opens a display, makes the parent window at the size the editor asks for, shows it
+    // and opens the editor in it. Throws std::runtime_error when any of that fails.
+    EditorHost(HostedPlugin& plugin, const Settings& settings);
+    // Closes the editor, then the parent window.
+    ~EditorHost();
+    EditorHost(const EditorHost&) = delete;
+    EditorHost& operator=(const EditorHost&) = delete;
+
+    int width() const { return width_; }
+    int height() const { return height_; }
+    // Runs the host's loop for `seconds`, or until the window is closed when 0.
+    void run(double seconds);
+    // Runs the loop until a pixel of the window differs from the parent's own background,
+    // at most `seconds`; answers the milliseconds from the editor's opening, or -1.
+    double waitForFirstFrame(double seconds);
+    // The window's pixels as the X server shows them, opaque.
+    Raster32 capture();
+
+private:
+    void pass();
+    bool showsBackgroundOnly();
+
+    HostedPlugin& plugin_;
+    Settings settings_;
+    Display* display_ = nullptr;
+    ::Window parent_ = 0;
+    Atom deleteWindow_ = 0;
+    int width_ = 0, height_ = 0;
+    bool closed_ = false;
+    std::uint64_t passes_ = 0;
+    double openedAt_ = 0;
+    void (*eventProc_)(XEvent*) = nullptr;
+};
+
+}  // namespace tw
