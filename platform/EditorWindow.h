@@ -13,8 +13,8 @@ namespace tw {
 class EditorWindow : public Window {
 public:
     // A child of the host's window `parent` (the window id the host passes), on a
-    // connection of our own, shown at once and wholly invalid. Qvd::xWindowsError when
-    // there is no display or the parent does not exist.
+    // connection of our own, shown at once; the first paint comes with the server's
+    // exposure. Qvd::xWindowsError when there is no display or the parent does not exist.
     static std::unique_ptr<EditorWindow> open(WindowClient& client, std::uintptr_t parent, std::int32_t width,
                                               std::int32_t height);
 

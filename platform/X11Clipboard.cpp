@@ -70,8 +70,11 @@ std::string X11Clipboard::read(int timeLimitMs) {
     Display* d = connection_.display();
     const Atom clipboard = connection_.atom("CLIPBOARD");
     const ::Window owner = XGetSelectionOwner(d, clipboard);
-    if (owner == None) return {};
     if (owner == window_) return text_;
+    // Someone else took it, whether or not their SelectionClear has reached us yet.
+    owned_ = false;
+    text_.clear();
+    if (owner == None) return {};
     std::string text;
     if (convert(connection_.atom("UTF8_STRING"), timeLimitMs, text)) return text;
     if (convert(XA_STRING, timeLimitMs, text)) return latin1ToUtf8(text);

@@ -225,8 +225,9 @@ void X11Window::create(::Window parent, Kind kind, std::int32_t x, std::int32_t 
     }
     c.attach(window_, this);
     session_->windows.push_back(this);
+    // Nothing is invalid yet: the server's exposure asks for the whole window once it is
+    // viewable, so a window that the host has not shown yet costs no paint.
     dirty_.resize(width_, height_);
-    dirty_.add(0, 0, width_, height_);
     XMapRaised(d, window_);
     XFlush(d);
 }

@@ -43,7 +43,13 @@ TEST(Instance, WhatTheHostIsTold) {
     EXPECT_EQ(e.numParams, 19);
     EXPECT_EQ(e.numPrograms, 16);
     EXPECT_EQ(e.initialDelay, 8);
-    EXPECT_EQ(e.flags, vst2::effFlagsCanMono | vst2::effFlagsCanReplacing | vst2::effFlagsProgramChunks);
+    EXPECT_EQ(e.flags, vst2::effFlagsHasEditor | vst2::effFlagsCanMono | vst2::effFlagsCanReplacing |
+                           vst2::effFlagsProgramChunks);
+    vst2::ERect* rect = nullptr;
+    EXPECT_EQ(host.dispatch(vst2::effEditGetRect, 0, 0, &rect), 1);
+    ASSERT_NE(rect, nullptr);
+    EXPECT_EQ(rect->right - rect->left, 525);
+    EXPECT_EQ(rect->bottom - rect->top, 475);
     EXPECT_EQ(e.processDoubleReplacing, nullptr);
     EXPECT_EQ(text(host, vst2::effGetEffectName), "Tidewake");
     EXPECT_EQ(text(host, vst2::effGetProductString), "Tidewake");
