@@ -5,6 +5,7 @@
 #include <X11/extensions/XShm.h>
 #include <sys/ipc.h>
 #include <sys/shm.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <mutex>
@@ -60,7 +61,12 @@ int X11Connection::errorHandler(Display* display, XErrorEvent* event) {
 }
 
 X11Connection::X11Connection() {
-    display_ = XOpenDisplay(nullptr);
+    // A busy server now and then refuses a connection outright (a reset, or a full listen
+    // queue); a few tries a moment apart get through.
+    for (int attempt = 0; attempt < 5 && !display_; ++attempt) {
+        if (attempt > 0) usleep(20000);
+        display_ = XOpenDisplay(nullptr);
+    }
     if (!display_) throw Qvd::xWindowsError("Cannot open the X display");
     screen_ = DefaultScreen(display_);
     XVisualInfo wanted{};

@@ -1,6 +1,7 @@
-// An X server for the tests that need one: the display in $DISPLAY when it answers, else
-// an Xvfb that the test starts for itself on a free display (Xvfb picks it and tells us)
-// and stops at the end of the process. Tests call `haveDisplay()` and skip with
+// An X server for the tests that need one: an Xvfb that the test process starts for
+// itself on a free display (Xvfb picks it and tells us) and that goes with the process,
+// so that tests running side by side never see each other's windows or pointer grabs;
+// without Xvfb, the display in $DISPLAY. Tests call `haveDisplay()` and skip with
 // `noDisplayMessage` when neither is there.
 #pragma once
 
@@ -17,7 +18,18 @@
 namespace tw::test {
 
 inline constexpr const char* noDisplayMessage =
-    "No X display: DISPLAY is not set or does not answer, and no Xvfb could be started";
+    "No X display: no Xvfb could be started, and DISPLAY is not set or does not answer";
+
+// A connection for the test's own side (the host, another program). A busy server now
+// and then refuses one outright, so it tries a few times.
+inline Display* openDisplay() {
+    Display* d = nullptr;
+    for (int attempt = 0; attempt < 10 && !d; ++attempt) {
+        if (attempt > 0) usleep(20000);
+        d = XOpenDisplay(nullptr);
+    }
+    return d;
+}
 
 class XServer {
 public:
@@ -36,12 +48,12 @@ public:
 
 private:
     XServer() {
-        if (answers()) {
-            available_ = true;
-            return;
-        }
+        available_ = startXvfb() || answers();
+    }
+
+    bool startXvfb() {
         int fds[2];
-        if (pipe(fds) != 0) return;
+        if (pipe(fds) != 0) return false;
         pid_ = fork();
         if (pid_ == 0) {
             prctl(PR_SET_PDEATHSIG, SIGTERM);  // the server goes with the test, however it ends
@@ -59,21 +71,21 @@ private:
         close(fds[1]);
         if (pid_ < 0) {
             close(fds[0]);
-            return;
+            return false;
         }
         // Xvfb writes its display number once it accepts connections; EOF means it failed.
         std::string number;
         char c;
         while (read(fds[0], &c, 1) == 1 && c != '\n') number += c;
         close(fds[0]);
-        if (number.empty()) return;
+        if (number.empty()) return false;
         setenv("DISPLAY", (":" + number).c_str(), 1);
-        available_ = answers();
+        return answers();
     }
 
     static bool answers() {
         if (!std::getenv("DISPLAY")) return false;
-        Display* d = XOpenDisplay(nullptr);
+        Display* d = openDisplay();
         if (!d) return false;
         XCloseDisplay(d);
         return true;

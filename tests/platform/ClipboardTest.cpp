@@ -55,7 +55,7 @@ TEST_F(X11ClipboardTest, TheFreeFunctionsUseTheNewestConnection) {
 TEST_F(X11ClipboardTest, AnOtherProgramsLatin1TextIsReadAsUtf8) {
     X11Connection ours;
     // A plain Xlib program that owns the selection and answers only STRING requests.
-    Display* other = XOpenDisplay(nullptr);
+    Display* other = test::openDisplay();
     const ::Window owner = XCreateSimpleWindow(other, DefaultRootWindow(other), 0, 0, 1, 1, 0, 0, 0);
     const Atom clipboard = XInternAtom(other, "CLIPBOARD", False);
     XSetSelectionOwner(other, clipboard, owner, CurrentTime);
@@ -93,7 +93,7 @@ TEST_F(X11ClipboardTest, NoOwnerGivesEmptyTextAndASilentOwnerFailsInWords) {
     XSetSelectionOwner(ours.display(), ours.atom("CLIPBOARD"), None, CurrentTime);
     XSync(ours.display(), False);
     EXPECT_EQ(ours.clipboard().read(2000), "");
-    Display* other = XOpenDisplay(nullptr);
+    Display* other = test::openDisplay();
     const ::Window owner = XCreateSimpleWindow(other, DefaultRootWindow(other), 0, 0, 1, 1, 0, 0, 0);
     XSetSelectionOwner(other, XInternAtom(other, "CLIPBOARD", False), owner, CurrentTime);
     XSync(other, False);

@@ -23,7 +23,7 @@ namespace {
 // The host's side: its own connection and the window it gives the editor, placed at
 // (x, y) of the screen.
 struct Host {
-    Display* display = XOpenDisplay(nullptr);
+    Display* display = test::openDisplay();
     ::Window parent = 0;
 
     explicit Host(int x = 0, int y = 0, int width = 525, int height = 475) {

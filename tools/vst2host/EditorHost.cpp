@@ -23,7 +23,11 @@ double nowMs() {
 
 EditorHost::EditorHost(HostedPlugin& plugin, const Settings& settings) : plugin_(plugin), settings_(settings) {
     if (!(plugin_.effect().flags & vst2::effFlagsHasEditor)) throw std::runtime_error("the plug-in has no editor");
-    display_ = XOpenDisplay(nullptr);
+    // A busy server now and then refuses a connection outright; a few tries get through.
+    for (int attempt = 0; attempt < 5 && !display_; ++attempt) {
+        if (attempt > 0) poll(nullptr, 0, 20);
+        display_ = XOpenDisplay(nullptr);
+    }
     if (!display_) throw std::runtime_error("cannot open the X display (is DISPLAY set?)");
     vst2::ERect* rect = nullptr;
     plugin_.dispatch(vst2::effEditGetRect, 0, 0, &rect);
