@@ -60,7 +60,16 @@ int X11Connection::errorHandler(Display* display, XErrorEvent* event) {
     return previousHandler ? previousHandler(display, event) : 0;
 }
 
-X11Connection::X11Connection() {
+void X11Connection::enroll() {
+    std::lock_guard<std::mutex> guard(registryLock);
+    if (!handlerInstalled) {
+        previousHandler = XSetErrorHandler(errorHandler);
+        handlerInstalled = true;
+    }
+    connections.push_back(this);
+}
+
+X11Connection::X11Connection(Use use) : use_(use) {
     // A busy server now and then refuses a connection outright (a reset, or a full listen
     // queue); a few tries a moment apart get through.
     for (int attempt = 0; attempt < 5 && !display_; ++attempt) {
@@ -69,6 +78,10 @@ X11Connection::X11Connection() {
     }
     if (!display_) throw Qvd::xWindowsError("Cannot open the X display");
     screen_ = DefaultScreen(display_);
+    if (use_ == Use::signalling) {
+        enroll();
+        return;
+    }
     XVisualInfo wanted{};
     wanted.screen = screen_;
     wanted.depth = 24;
@@ -91,14 +104,7 @@ X11Connection::X11Connection() {
         if (found[i].visual == DefaultVisual(display_, screen_)) visual_ = found[i].visual;
     depth_ = 24;
     XFree(found);
-    {
-        std::lock_guard<std::mutex> guard(registryLock);
-        if (!handlerInstalled) {
-            previousHandler = XSetErrorHandler(errorHandler);
-            handlerInstalled = true;
-        }
-        connections.push_back(this);
-    }
+    enroll();
     shm_ = shmWorks(*this);
     // A held key then repeats as presses alone, so that a repeat can be told from a press.
     XkbSetDetectableAutoRepeat(display_, True, nullptr);
@@ -115,7 +121,13 @@ X11Connection::~X11Connection() {
     XCloseDisplay(display_);
 }
 
-const std::vector<X11Connection*>& X11Connection::all() { return connections; }
+std::vector<X11Connection*> X11Connection::all() {
+    std::lock_guard<std::mutex> guard(registryLock);
+    std::vector<X11Connection*> out;
+    for (X11Connection* c : connections)
+        if (c->use_ == Use::windows) out.push_back(c);
+    return out;
+}
 
 Atom X11Connection::atom(const char* name) {
     auto it = atoms_.find(name);

@@ -25,9 +25,14 @@ protected:
 
 class X11Connection {
 public:
+    // What a connection is for: windows (the editor's, which also holds the clipboard),
+    // or only sending messages from a thread of its own, which needs no visual.
+    enum class Use { windows, signalling };
+
     // Opens the display named by $DISPLAY. Qvd::xWindowsError "Cannot open the X display"
-    // when there is none, or when it offers no 24-bit true-colour visual.
-    X11Connection();
+    // when there is none, or when a connection for windows finds no 24-bit true-colour
+    // visual.
+    explicit X11Connection(Use use = Use::windows);
     ~X11Connection();
     X11Connection(const X11Connection&) = delete;
     X11Connection& operator=(const X11Connection&) = delete;
@@ -61,12 +66,16 @@ public:
 
     X11Clipboard& clipboard();
 
-    // Every connection open in the process, oldest first; the clipboard uses the newest.
-    static const std::vector<X11Connection*>& all();
+    // Every connection for windows open in the process, oldest first; the clipboard uses
+    // the newest.
+    static std::vector<X11Connection*> all();
 
 private:
+    // Joins the process's list, whose errors our handler collects.
+    void enroll();
     static int errorHandler(Display* display, XErrorEvent* event);
 
+    Use use_;
     Display* display_ = nullptr;
     int screen_ = 0;
     Visual* visual_ = nullptr;

@@ -131,6 +131,12 @@ void X11Session::paintAll() {
     for (X11Window* w : open) w->paintInvalid();
 }
 
+void X11Session::passDone() {
+    if (!waker) return;
+    waker->passDone();
+    if (XEventsQueued(connection->display(), QueuedAlready) > 0) waker->poke();
+}
+
 std::unique_ptr<EditorWindow> EditorWindow::open(WindowClient& client, std::uintptr_t parent, std::int32_t width,
                                                  std::int32_t height) {
     return std::make_unique<X11Window>(client, ::Window(parent), width, height);
@@ -156,6 +162,7 @@ X11Window::X11Window(WindowClient& client, ::Window parent, std::int32_t width, 
         top = up;
     }
     session_->hostTopLevel = top;
+    session_->hostWindow = parent;
     create(parent, Kind::editor, 0, 0, "");
     std::lock_guard<std::mutex> guard(editorsLock);
     editors.push_back(this);
@@ -237,6 +244,7 @@ X11Window::~X11Window() {
         std::lock_guard<std::mutex> guard(editorsLock);
         editors.erase(std::remove(editors.begin(), editors.end(), this), editors.end());
     }
+    if (kind_ == Kind::editor) session_->waker.reset();
     if (captured_ && window_) XUngrabPointer(session_->connection->display(), CurrentTime);
     destroyWindow();
     Display* d = session_->connection->display();
@@ -258,6 +266,7 @@ void X11Window::destroyWindow() {
 
 void X11Window::abandon() {
     session_->lost = true;
+    if (kind_ == Kind::editor) session_->waker.reset();
     captured_ = false;
     destroyWindow();
 }
@@ -454,6 +463,7 @@ void X11Window::runModal(const std::function<bool()>& done) {
         if (s.lost) throw LostWindowException();
         if (done()) return;
         s.paintAll();
+        s.passDone();
         if (XPending(d) > 0) continue;
         std::int64_t wait = s.timers.waitTime(s.timers.now());
         if (wait < 0 || wait > 50) wait = 50;
@@ -473,6 +483,7 @@ void X11Window::idle() {
     if (s.lost) return;
     refreshModifiers();
     s.paintAll();
+    s.passDone();
 }
 
 void X11Window::hostEventProc(XEvent*) {
@@ -481,7 +492,18 @@ void X11Window::hostEventProc(XEvent*) {
         std::lock_guard<std::mutex> guard(editorsLock);
         open = editors;
     }
-    for (X11Window* w : open) w->idle();
+    // Called by the host directly: nothing may leave as an exception.
+    for (X11Window* w : open) {
+        try {
+            X11Session& s = *w->session_;
+            // This host hands us its events every millisecond or so: from now on a wake-up
+            // through its window gets the editor run as soon as something is due.
+            if (!s.waker && !s.lost && w->window_)
+                s.waker = std::make_unique<X11Waker>(s.connection->fd(), s.timers, s.hostWindow);
+            w->idle();
+        } catch (...) {
+        }
+    }
 }
 
 MouseEvent X11Window::mouseEvent(std::int32_t x, std::int32_t y, unsigned state, std::uint32_t) const {
@@ -623,7 +645,10 @@ void X11Window::handleEvent(XEvent& event) {
             session_->connection->detach(window_);
             window_ = 0;
             if (captured_) lostCapture();
-            if (kind_ == Kind::editor) session_->lost = true;
+            if (kind_ == Kind::editor) {
+                session_->lost = true;
+                session_->waker.reset();
+            }
             break;
         case ClientMessage:
             if (Atom(event.xclient.data.l[0]) == session_->connection->atom("WM_DELETE_WINDOW")) client_.closeRequested();

@@ -14,6 +14,7 @@
 #include "platform/EditorWindow.h"
 #include "platform/X11Connection.h"
 #include "platform/X11Surface.h"
+#include "platform/X11Waker.h"
 
 namespace tw {
 
@@ -25,7 +26,12 @@ struct X11Session {
     std::unique_ptr<X11Connection> connection;
     TimerQueue timers;
     std::vector<X11Window*> windows;  // every open window of the session, editor first
+    ::Window hostWindow = 0;          // the window the host gave the editor
     ::Window hostTopLevel = 0;        // the host's top-level window that holds the editor
+    // Started once the host hands us its events (Ardour): it wakes the host's GUI thread
+    // when our events or timers are due. Declared after the connection it watches, so it
+    // stops first.
+    std::unique_ptr<X11Waker> waker;
     bool lost = false;
     int depth = 0;                    // calls of ours under way on the stack
 
@@ -34,6 +40,9 @@ struct X11Session {
     void dispatchEvents(const std::function<bool()>* until);
     // Paints what is invalid in every window of the session.
     void paintAll();
+    // After a pass: the waker may wake the host again, at once if Xlib has already read
+    // events that this pass did not see.
+    void passDone();
 };
 
 class X11Window final : public EditorWindow, private X11EventTarget {

@@ -356,6 +356,41 @@ TEST_F(X11WindowTest, TheHostDestroyingItsWindowEndsAModalLoopWithLostWindow) {
     host.parent = XCreateSimpleWindow(host.display, DefaultRootWindow(host.display), 0, 0, 1, 1, 0, 0, 0);
 }
 
+// A timer that keeps an 11 ms rate, as the editor's fast tick does.
+struct Ticker : TimerHandler {
+    int count = 0;
+    void timerFired(TimerQueue& queue, std::uint32_t due, std::uint32_t, int id) override {
+        ++count;
+        queue.schedule(this, id, due + 11);
+    }
+};
+
+TEST_F(X11WindowTest, AHostThatHandsUsItsEventsRunsTheEditorWithoutIdleCalls) {
+    // As Ardour does: every millisecond it reads its own connection and hands each event
+    // to the editor's procedure; here it never makes an idle call at all.
+    Host host;
+    Recorder client;
+    auto window = EditorWindow::open(client, host.parent, 525, 475);
+    auto& x11 = static_cast<X11Window&>(*window);
+    X11Window::hostEventProc(nullptr);  // the host's first event: from now on it is woken
+    Ticker ticker;
+    window->timers().add(&ticker, 1, 11);
+    host.send(host.child(), ButtonPress, 30, 40, 0, Button1);
+    for (int pass = 0; pass < 3000 && (ticker.count < 10 || client.log.empty() || window->framesShown() < 1); ++pass) {
+        while (XPending(host.display) > 0) {
+            XEvent e;
+            XNextEvent(host.display, &e);
+            X11Window::hostEventProc(&e);
+        }
+        usleep(1000);
+    }
+    EXPECT_GE(ticker.count, 10);
+    EXPECT_EQ(client.log, (std::vector<std::string>{"down 30,40 b0 held1"}));
+    EXPECT_GE(window->framesShown(), 1u);
+    ASSERT_TRUE(x11.session()->waker);
+    EXPECT_GE(x11.session()->waker->wakes(), 10u);
+}
+
 TEST_F(X11WindowTest, AParentThatDoesNotExistIsRefusedInWords) {
     Recorder client;
     EXPECT_EQ(test::failure<Qvd::xWindowsError>([&] { EditorWindow::open(client, 0x7FFFFFF, 525, 475); }),
