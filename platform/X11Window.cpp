@@ -164,8 +164,14 @@ X11Window::X11Window(WindowClient& client, ::Window parent, std::int32_t width, 
     session_->hostTopLevel = top;
     session_->hostWindow = parent;
     create(parent, Kind::editor, 0, 0, "");
-    std::lock_guard<std::mutex> guard(editorsLock);
-    editors.push_back(this);
+    {
+        std::lock_guard<std::mutex> guard(editorsLock);
+        editors.push_back(this);
+    }
+    // When the host's window is already shown, the exposure is there once the server has
+    // mapped ours: the first frame goes up now, not at the host's next idle call.
+    XSync(c.display(), False);
+    idle();
 }
 
 X11Window::X11Window(std::shared_ptr<X11Session> session, Kind kind, WindowClient& client, const std::string& title,
