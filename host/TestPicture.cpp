@@ -1,5 +1,6 @@
 #include "host/TestPicture.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -86,9 +87,15 @@ TestPicture::TestPicture(std::int32_t width, std::int32_t height, const std::str
 }
 
 void TestPicture::paint(const PixelTile& tile) {
-    for (std::int32_t y = 0; y < tile.height; ++y)
-        std::memcpy(tile.pixels + std::ptrdiff_t(y) * tile.stride, picture_.at(tile.left, tile.top + y),
-                    std::size_t(tile.width) * 4);
+    // A host may make the window larger than the picture: the rest is the ground colour.
+    const IntRect& b = picture_.bounds();
+    for (std::int32_t y = 0; y < tile.height; ++y) {
+        std::uint32_t* row = tile.pixels + std::ptrdiff_t(y) * tile.stride;
+        const std::int32_t py = tile.top + y;
+        const std::int32_t inside = py < b.height ? std::max(0, std::min(tile.width, b.width - tile.left)) : 0;
+        if (inside > 0) std::memcpy(row, picture_.at(tile.left, py), std::size_t(inside) * 4);
+        for (std::int32_t x = inside; x < tile.width; ++x) row[x] = 0xFF102436;
+    }
 }
 
 }  // namespace tw

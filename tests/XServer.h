@@ -14,6 +14,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 namespace tw::test {
 
@@ -31,6 +32,59 @@ inline Display* openDisplay() {
     return d;
 }
 
+// An Xvfb started by the test process on a display it picks itself; it goes with this
+// object, or with the process however that ends. `display` is empty when it failed.
+class Xvfb {
+public:
+    explicit Xvfb(std::vector<std::string> extra = {}) {
+        int fds[2];
+        if (pipe(fds) != 0) return;
+        pid_ = fork();
+        if (pid_ == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGTERM);
+            close(fds[0]);
+            const int devnull = open("/dev/null", O_WRONLY);
+            if (devnull >= 0) {
+                dup2(devnull, 1);
+                dup2(devnull, 2);
+            }
+            std::vector<std::string> args = {"Xvfb", "-displayfd", std::to_string(fds[1]), "-screen", "0",
+                                             "1280x1024x24", "-nolisten", "tcp"};
+            args.insert(args.end(), extra.begin(), extra.end());
+            std::vector<char*> argv;
+            for (std::string& a : args) argv.push_back(a.data());
+            argv.push_back(nullptr);
+            execvp("Xvfb", argv.data());
+            _exit(127);
+        }
+        close(fds[1]);
+        if (pid_ < 0) {
+            close(fds[0]);
+            return;
+        }
+        // Xvfb writes its display number once it accepts connections; EOF means it failed.
+        std::string number;
+        char c;
+        while (read(fds[0], &c, 1) == 1 && c != '\n') number += c;
+        close(fds[0]);
+        if (!number.empty()) display = ":" + number;
+    }
+    ~Xvfb() {
+        if (pid_ > 0) {
+            kill(pid_, SIGTERM);
+            waitpid(pid_, nullptr, 0);
+        }
+    }
+    Xvfb(const Xvfb&) = delete;
+    Xvfb& operator=(const Xvfb&) = delete;
+
+    std::string display;
+
+private:
+    pid_t pid_ = -1;
+};
+
+// The process's own server, made on first use.
 class XServer {
 public:
     static XServer& instance() {
@@ -39,48 +93,10 @@ public:
     }
     bool available() const { return available_; }
 
-    ~XServer() {
-        if (pid_ > 0) {
-            kill(pid_, SIGTERM);
-            waitpid(pid_, nullptr, 0);
-        }
-    }
-
 private:
     XServer() {
-        available_ = startXvfb() || answers();
-    }
-
-    bool startXvfb() {
-        int fds[2];
-        if (pipe(fds) != 0) return false;
-        pid_ = fork();
-        if (pid_ == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGTERM);  // the server goes with the test, however it ends
-            close(fds[0]);
-            const int devnull = open("/dev/null", O_WRONLY);
-            if (devnull >= 0) {
-                dup2(devnull, 1);
-                dup2(devnull, 2);
-            }
-            const std::string fd = std::to_string(fds[1]);
-            execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
-                   static_cast<char*>(nullptr));
-            _exit(127);
-        }
-        close(fds[1]);
-        if (pid_ < 0) {
-            close(fds[0]);
-            return false;
-        }
-        // Xvfb writes its display number once it accepts connections; EOF means it failed.
-        std::string number;
-        char c;
-        while (read(fds[0], &c, 1) == 1 && c != '\n') number += c;
-        close(fds[0]);
-        if (number.empty()) return false;
-        setenv("DISPLAY", (":" + number).c_str(), 1);
-        return answers();
+        if (!xvfb_.display.empty()) setenv("DISPLAY", xvfb_.display.c_str(), 1);
+        available_ = answers();
     }
 
     static bool answers() {
@@ -91,7 +107,7 @@ private:
         return true;
     }
 
-    pid_t pid_ = -1;
+    Xvfb xvfb_;
     bool available_ = false;
 };
 

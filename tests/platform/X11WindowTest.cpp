@@ -10,6 +10,7 @@
 #include <X11/keysym.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -389,6 +390,26 @@ TEST_F(X11WindowTest, AHostThatHandsUsItsEventsRunsTheEditorWithoutIdleCalls) {
     EXPECT_GE(window->framesShown(), 1u);
     ASSERT_TRUE(x11.session()->waker);
     EXPECT_GE(x11.session()->waker->wakes(), 10u);
+}
+
+TEST_F(X11WindowTest, WithoutSharedMemoryPixelsGoThroughPlainPuts) {
+    test::Xvfb plain({"-extension", "MIT-SHM"});
+    if (plain.display.empty()) GTEST_SKIP() << "No Xvfb to start without shared memory";
+    const std::string saved = std::getenv("DISPLAY");
+    setenv("DISPLAY", plain.display.c_str(), 1);
+    {
+        Host host;
+        Recorder client;
+        auto window = EditorWindow::open(client, host.parent, 525, 475);
+        EXPECT_FALSE(static_cast<X11Window&>(*window).session()->connection->hasShm());
+        ASSERT_TRUE(pumpUntil(*window, [&] { return window->framesShown() >= 1; }));
+        client.colour = 0xFF3A9F5C;
+        window->invalidate(100, 100, 20, 20);
+        window->idle();
+        EXPECT_EQ(host.pixel(110, 110), 0x3A9F5Cu);
+        EXPECT_EQ(host.pixel(99, 110), 0x204060u);
+    }
+    setenv("DISPLAY", saved.c_str(), 1);
 }
 
 TEST_F(X11WindowTest, AParentThatDoesNotExistIsRefusedInWords) {
