@@ -642,6 +642,13 @@ void X11Window::handleEvent(XEvent& event) {
                 client_.keyUp(e);
             break;
         }
+        case MapNotify:
+            // A dialog is modal: it takes the keyboard when it appears, window manager or not.
+            if (kind_ == Kind::dialog && event.xmap.window == window_) {
+                session_->connection->takeError();
+                XSetInputFocus(d, window_, RevertToParent, CurrentTime);
+            }
+            break;
         case UnmapNotify:
             if (captured_ && event.xunmap.window == window_) lostCapture();
             break;

@@ -297,6 +297,12 @@ TEST_F(X11WindowTest, HelperWindowsStandOnTheScreenAndPaintThroughTheSamePath) {
     ::Window owner = 0;
     XGetTransientForHint(host.display, static_cast<X11Window&>(*dialog).id(), &owner);
     EXPECT_EQ(owner, host.parent);
+    // The dialog took the keyboard when it appeared, so it counts as active.
+    ::Window focus = 0;
+    int revert = 0;
+    XGetInputFocus(host.display, &focus, &revert);
+    EXPECT_EQ(focus, static_cast<X11Window&>(*dialog).id());
+    EXPECT_TRUE(dialog->isActive());
     popup->setScreenBounds(10, 20, 50, 30);
     ASSERT_TRUE(pumpUntil(*window, [&] { return areaOf(popupClient.tiles) == 200 * 100 + 50 * 30; }));
     XGetWindowAttributes(host.display, static_cast<X11Window&>(*popup).id(), &a);
