@@ -512,7 +512,7 @@ void X11Window::hostEventProc(XEvent*) {
     }
 }
 
-MouseEvent X11Window::mouseEvent(std::int32_t x, std::int32_t y, unsigned state, std::uint32_t) const {
+MouseEvent X11Window::mouseEvent(std::int32_t x, std::int32_t y, unsigned state) const {
     MouseEvent e;
     e.x = x;
     e.y = y;
@@ -539,7 +539,7 @@ void X11Window::refreshModifiers() {
     if (!XQueryPointer(session_->connection->display(), window_, &rootOut, &child, &rx, &ry, &x, &y, &state)) return;
     if ((state & modifierMask) == modifiers_) return;
     modifiers_ = state & modifierMask;
-    client_.modifiersChanged(mouseEvent(x, y, state, 0));
+    client_.modifiersChanged(mouseEvent(x, y, state));
 }
 
 void X11Window::handleEvent(XEvent& event) {
@@ -557,7 +557,7 @@ void X11Window::handleEvent(XEvent& event) {
             pointerX_ = b.x;
             pointerY_ = b.y;
             modifiers_ = b.state & modifierMask;
-            MouseEvent e = mouseEvent(b.x, b.y, b.state, b.time);
+            MouseEvent e = mouseEvent(b.x, b.y, b.state);
             if (b.button == Button4 || b.button == Button5) {
                 if (event.type == ButtonPress) {
                     e.wheel = b.button == Button4 ? 1 : -1;
@@ -585,7 +585,7 @@ void X11Window::handleEvent(XEvent& event) {
             pointerY_ = m.y;
             modifiers_ = m.state & modifierMask;
             hovered_ = true;
-            client_.mouseMove(mouseEvent(m.x, m.y, m.state, m.time));
+            client_.mouseMove(mouseEvent(m.x, m.y, m.state));
             break;
         }
         case EnterNotify: {
@@ -595,7 +595,7 @@ void X11Window::handleEvent(XEvent& event) {
             modifiers_ = c.state & modifierMask;
             pointerX_ = c.x;
             pointerY_ = c.y;
-            client_.mouseMove(mouseEvent(c.x, c.y, c.state, c.time));
+            client_.mouseMove(mouseEvent(c.x, c.y, c.state));
             break;
         }
         case LeaveNotify: {
@@ -633,7 +633,7 @@ void X11Window::handleEvent(XEvent& event) {
                 const unsigned now = press ? (k.state | m) : (k.state & ~m);
                 if ((now & modifierMask) != modifiers_) {
                     modifiers_ = now & modifierMask;
-                    if (hovered_) client_.modifiersChanged(mouseEvent(pointerX_, pointerY_, now, k.time));
+                    if (hovered_) client_.modifiersChanged(mouseEvent(pointerX_, pointerY_, now));
                 }
             }
             if (press)

@@ -93,7 +93,7 @@ private:
     void handleEvent(XEvent& event) override;
     void create(::Window parent, Kind kind, std::int32_t x, std::int32_t y, const std::string& title);
     void resized(std::int32_t width, std::int32_t height);
-    MouseEvent mouseEvent(std::int32_t x, std::int32_t y, unsigned state, std::uint32_t time) const;
+    MouseEvent mouseEvent(std::int32_t x, std::int32_t y, unsigned state) const;
     void pointerLeft();
     void lostCapture();
     void refreshModifiers();
