@@ -5,7 +5,7 @@
 //   vst2host save   <plugin.so> <chunk file> [--preset] [settings]
 //   vst2host load   <plugin.so> <chunk file> [--preset]
 //   vst2host edit   <plugin.so> [input] [settings] [editor options] [--seconds S] [--no-audio] [--cpu]
-//   vst2host snapshot <plugin.so> <picture.png> [settings] [editor options] [--idle N]
+//   vst2host snapshot <plugin.so> <picture.png> [settings] [editor options] [--idle N] [--no-audio]
 //
 // Settings, applied in this order: --chunk FILE (a saved chunk; with --preset a program
 // chunk), --program N, then --param NAME=VALUE (value 0..1) and --set NAME=TEXT (the
@@ -18,9 +18,9 @@
 // --tail SECONDS (default 3), --raw (keep the plug-in's latency at the start).
 // Editor options: --idle-rate N (effEditIdle calls per second, default 30), --ardour (as
 // Ardour: events to the editor's _XEventProc every millisecond, idle every 50th pass).
-// `edit` plays the input (the demo phrase when none is given) round and round through the
-// plug-in while the editor is open; `snapshot` writes the editor as the X server shows it
-// after N further idle passes (default 60) once its first frame is there.
+// Both play the demo phrase round and round through the plug-in while the editor is open
+// (unless --no-audio), so that meters move; `snapshot` writes the editor as the X server
+// shows it after N further idle passes (default 60) once its first frame is there.
 #include <sys/resource.h>
 
 #include <algorithm>
@@ -66,7 +66,7 @@ struct Options {
                  "  save   <plugin.so> <file> [--preset] [settings]\n"
                  "  load   <plugin.so> <file> [--preset]\n"
                  "  edit   <plugin.so> [input] [settings] [--idle-rate N] [--ardour] [--seconds S] [--no-audio] [--cpu]\n"
-                 "  snapshot <plugin.so> <picture.png> [settings] [--idle-rate N] [--ardour] [--idle N]\n"
+                 "  snapshot <plugin.so> <picture.png> [settings] [--idle-rate N] [--ardour] [--idle N] [--no-audio]\n"
                  "settings: --chunk FILE  --program N  --param NAME=VALUE  --set NAME=TEXT  --bypass\n",
                  problem.c_str());
     std::exit(2);
@@ -209,14 +209,20 @@ double cpuSeconds() {
     return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
 }
 
-void edit(HostedPlugin& plugin, const Options& o) {
+// Opens the plug-in at the input's rate and starts playing it round and round, unless
+// --no-audio; the audio stops when the answer goes.
+std::unique_ptr<AudioLoop> startAudio(HostedPlugin& plugin, const Options& o) {
     AudioBuffer input = o.input.empty() ? makeDemoSignal(o.rate) : readAudioFile(o.input);
     if (input.sampleRate < 1 || input.frames() == 0) throw std::runtime_error("the input holds no audio");
     plugin.transport = o.transport;
     plugin.open(static_cast<float>(input.sampleRate), o.block);
     applySettings(plugin, o);
-    std::unique_ptr<AudioLoop> audio;
-    if (!o.noAudio) audio = std::make_unique<AudioLoop>(plugin, std::move(input), o.block);
+    if (o.noAudio) return nullptr;
+    return std::make_unique<AudioLoop>(plugin, std::move(input), o.block);
+}
+
+void edit(HostedPlugin& plugin, const Options& o) {
+    const std::unique_ptr<AudioLoop> audio = startAudio(plugin, o);
     EditorHost host(plugin, o.editor);
     const double firstFrame = host.waitForFirstFrame(10);
     std::printf("%s: editor %d x %d, first frame %.1f ms after effEditOpen\n", plugin.effectName().c_str(), host.width(),
@@ -230,8 +236,7 @@ void edit(HostedPlugin& plugin, const Options& o) {
 }
 
 void snapshot(HostedPlugin& plugin, const Options& o) {
-    plugin.open(static_cast<float>(o.rate), o.block);
-    applySettings(plugin, o);
+    const std::unique_ptr<AudioLoop> audio = startAudio(plugin, o);
     EditorHost host(plugin, o.editor);
     const double firstFrame = host.waitForFirstFrame(10);
     if (firstFrame < 0) throw std::runtime_error("the editor showed nothing within 10 s");
