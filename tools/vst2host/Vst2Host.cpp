@@ -233,6 +233,7 @@ void edit(HostedPlugin& plugin, const Options& o) {
     if (o.cpu && o.seconds > 0)
         std::printf("%s: %.3f s of CPU in %.1f s with the editor open (%.2f%%)\n", plugin.effectName().c_str(),
                     cpuSeconds() - cpuBefore, o.seconds, 100 * (cpuSeconds() - cpuBefore) / o.seconds);
+    std::fflush(stdout);
 }
 
 void snapshot(HostedPlugin& plugin, const Options& o) {
@@ -244,6 +245,8 @@ void snapshot(HostedPlugin& plugin, const Options& o) {
     writePNG(o.output, host.capture());
     std::printf("%s: %d x %d into %s; first frame %.1f ms after effEditOpen\n", plugin.effectName().c_str(), host.width(),
                 host.height(), o.output.c_str(), firstFrame);
+    // Now: another maker's plug-in may end the process in ways that skip the flush.
+    std::fflush(stdout);
 }
 
 int run(int argc, char** argv) {
