@@ -21,8 +21,9 @@ X11Waker::X11Waker(int watchedFd, TimerQueue& timers, ::Window hostWindow)
     : watchedFd_(watchedFd), timers_(timers), hostWindow_(hostWindow) {
     connection_ = std::make_unique<X11Connection>(X11Connection::Use::signalling);
     wakeAtom_ = connection_->atom("TIDEWAKE_WAKE");
-    if (pipe2(pipe_, O_CLOEXEC | O_NONBLOCK) != 0) throw Qvd::xOSError("Cannot make the editor's wake-up pipe");
-    timers_.setWakeUp([this] { poke(); });
+    pipe_ = std::make_shared<Pipe>();
+    if (pipe2(pipe_->fds, O_CLOEXEC | O_NONBLOCK) != 0) throw Qvd::xOSError("Cannot make the editor's wake-up pipe");
+    timers_.setWakeUp([pipe = pipe_] { pipe->poke(); });
     thread_ = std::thread([this] { watch(); });
 }
 
@@ -31,14 +32,19 @@ X11Waker::~X11Waker() {
     stop_.store(true);
     poke();
     thread_.join();
-    close(pipe_[0]);
-    close(pipe_[1]);
 }
 
-void X11Waker::poke() {
-    const char c = 1;
-    [[maybe_unused]] const ssize_t n = write(pipe_[1], &c, 1);  // a full pipe is poked already
+X11Waker::Pipe::~Pipe() {
+    for (int fd : fds)
+        if (fd >= 0) close(fd);
 }
+
+void X11Waker::Pipe::poke() const {
+    const char c = 1;
+    [[maybe_unused]] const ssize_t n = write(fds[1], &c, 1);  // a full pipe is poked already
+}
+
+void X11Waker::poke() { pipe_->poke(); }
 
 void X11Waker::sendWake() {
     XEvent e{};
@@ -58,7 +64,7 @@ void X11Waker::watch() {
     std::uint32_t sentAt = 0;
     while (!stop_.load()) {
         const std::uint32_t now = millisecondTick();
-        pollfd fds[2] = {{pipe_[0], POLLIN, 0}, {watchedFd_, POLLIN, 0}};
+        pollfd fds[2] = {{pipe_->fds[0], POLLIN, 0}, {watchedFd_, POLLIN, 0}};
         int wait;
         if (awaitingPass_.load()) {
             // The host has been woken and has not run us yet: only our pipe and the
@@ -81,7 +87,7 @@ void X11Waker::watch() {
             }
         }
         char drain[64];
-        while (read(pipe_[0], drain, sizeof drain) > 0) {
+        while (read(pipe_->fds[0], drain, sizeof drain) > 0) {
         }
     }
 }

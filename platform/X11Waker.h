@@ -34,6 +34,14 @@ public:
     std::uint64_t wakes() const { return wakes_.load(); }
 
 private:
+    // The pipe that pokes the thread. The timer queue's wake-up holds it too: another
+    // thread may still be calling a copy of it while this object goes.
+    struct Pipe {
+        int fds[2] = {-1, -1};
+        ~Pipe();
+        void poke() const;
+    };
+
     void watch();
     void sendWake();
 
@@ -42,7 +50,7 @@ private:
     ::Window hostWindow_;
     std::unique_ptr<X11Connection> connection_;
     Atom wakeAtom_ = 0;
-    int pipe_[2] = {-1, -1};
+    std::shared_ptr<Pipe> pipe_;
     std::atomic<bool> stop_{false};
     std::atomic<bool> awaitingPass_{false};
     std::atomic<std::uint64_t> wakes_{0};
