@@ -12,6 +12,7 @@
 #include <mutex>
 
 #include "platform/Qvd.h"
+#include "platform/X11Clipboard.h"
 
 namespace tw {
 
@@ -444,6 +445,15 @@ void X11Window::setScreenBounds(std::int32_t x, std::int32_t y, std::int32_t wid
     }
     XFlush(d);
     resized(width, height);
+}
+
+std::string X11Window::clipboardText() {
+    // Text entry pastes what it can: an owner that does not answer gives nothing to paste.
+    try {
+        return session_->connection->clipboard().read(2000);
+    } catch (const Qvd::xException&) {
+        return {};
+    }
 }
 
 void X11Window::resized(std::int32_t width, std::int32_t height) {

@@ -71,6 +71,7 @@ public:
                                        std::int32_t width, std::int32_t height) override;
     void setVisible(bool visible) override;
     void setScreenBounds(std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) override;
+    std::string clipboardText() override;
     void runModal(const std::function<bool()>& done) override;
 
     void idle() override;

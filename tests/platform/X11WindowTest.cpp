@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/Qvd.h"
+#include "platform/X11Clipboard.h"
 #include "tests/Failure.h"
 #include "tests/XServer.h"
 
@@ -303,6 +304,10 @@ TEST_F(X11WindowTest, HelperWindowsStandOnTheScreenAndPaintThroughTheSamePath) {
     XGetInputFocus(host.display, &focus, &revert);
     EXPECT_EQ(focus, static_cast<X11Window&>(*dialog).id());
     EXPECT_TRUE(dialog->isActive());
+    // Text entry in the dialog pastes what another program copied.
+    X11Connection other;
+    other.clipboard().write("250 ms");
+    EXPECT_EQ(dialog->clipboardText(), "250 ms");
     popup->setScreenBounds(10, 20, 50, 30);
     ASSERT_TRUE(pumpUntil(*window, [&] { return areaOf(popupClient.tiles) == 200 * 100 + 50 * 30; }));
     XGetWindowAttributes(host.display, static_cast<X11Window&>(*popup).id(), &a);
