@@ -101,6 +101,8 @@ TEST(SlotCell, StressUnderThreads) {
     constexpr int publishes = 20000;
     for (int w = 0; w < 2; ++w)
         threads.emplace_back([&, w] {
+            // On a loaded machine the writers could finish before a reader ever ran.
+            while (reads.load() == 0) std::this_thread::yield();
             for (long i = 1; i <= publishes; ++i) {
                 plain.publish(Pair{i, -i});
                 owning.publish(std::make_unique<Tracked>(int(i) + w, &destroyed, nullptr));
