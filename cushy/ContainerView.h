@@ -22,6 +22,9 @@ public:
     void resize(const IntRect& frame) override;
     void moveTo(ViewPoint point) override;
 
+    // Builds the children a layout gives the container, once it has joined the tree, so
+    // that a fault in a child leaves nothing registered for a container that never joined.
+    virtual void buildChildren() {}
     virtual void addChild(ViewRef child);
     virtual void removeChild(View* child);
     virtual void removeAllChildren();

@@ -282,7 +282,9 @@ void CushyView::renewHint(HintedView& view, const std::string& raw) {
 
 void CushyView::syncControl(View& view, const std::string& variable) {
     auto* control = dynamic_cast<ValueControl*>(&view);
-    if (control == nullptr || View::captureHolder() == &view) return;
+    if (control == nullptr) return;
+    control->setWritable(host_->isWritable(*this, variable));
+    if (View::captureHolder() == &view) return;
     control->takeValue(variableNumber(host_->getVariable(*this, variable), control->defaultValue()));
 }
 

@@ -65,10 +65,14 @@ private:
 // being dragged (holds the capture).
 class ValueControl {
 public:
+    // The variable the control shows and writes.
+    virtual const std::string& variableName() const = 0;
     // The value when the variable holds no number.
     virtual double defaultValue() const = 0;
     // Takes the number over, repainting if it changed.
     virtual void takeValue(double value) = 0;
+    // Whether the host lets the control write: a control that may not takes no input.
+    virtual void setWritable(bool writable) = 0;
 
 protected:
     ~ValueControl() = default;

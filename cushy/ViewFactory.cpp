@@ -1,14 +1,23 @@
 #include "cushy/ViewFactory.h"
 
+#include "cushy/AnimationView.h"
+#include "cushy/ButtonView.h"
 #include "cushy/CaptionView.h"
+#include "cushy/ClickView.h"
 #include "cushy/ContainerView.h"
 #include "cushy/Cursor.h"
 #include "cushy/CushyHost.h"
 #include "cushy/CushyView.h"
 #include "cushy/DebugOverlay.h"
+#include "cushy/GroupView.h"
 #include "cushy/HintedView.h"
+#include "cushy/HoverView.h"
+#include "cushy/KnobView.h"
+#include "cushy/PagedView.h"
+#include "cushy/RasterView.h"
 #include "cushy/RectangleView.h"
 #include "cushy/TagExpansion.h"
+#include "cushy/VariableReading.h"
 #include "platform/Exception.h"
 #include "speclang/SpecExpression.h"
 #include "speclang/SpecQuote.h"
@@ -24,6 +33,38 @@ using Maker = ViewRef (*)(CushyView& layout, const IntRect& rect, const SpecMap&
 
 ViewRef makeCaption(CushyView& layout, const IntRect&, const SpecMap& spec) {
     return std::make_shared<CaptionView>(layout, spec);
+}
+
+ViewRef makeRaster(CushyView& layout, const IntRect&, const SpecMap& spec) {
+    return std::make_shared<RasterView>(layout, spec);
+}
+
+ViewRef makeClick(CushyView& layout, const IntRect&, const SpecMap& spec) {
+    return std::make_shared<ClickView>(layout, spec);
+}
+
+ViewRef makeHover(CushyView& layout, const IntRect&, const SpecMap& spec) {
+    return std::make_shared<HoverView>(layout, spec);
+}
+
+ViewRef makeButton(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
+    return std::make_shared<ButtonView>(layout, rect, spec);
+}
+
+ViewRef makeKnob(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
+    return std::make_shared<KnobView>(layout, rect, spec);
+}
+
+ViewRef makeAnimation(CushyView& layout, const IntRect&, const SpecMap& spec) {
+    return std::make_shared<AnimationView>(layout, spec);
+}
+
+ViewRef makeGroup(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
+    return std::make_shared<GroupView>(layout, rect, spec);
+}
+
+ViewRef makePaged(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
+    return std::make_shared<PagedView>(layout, rect, spec);
 }
 
 ViewRef makeRectangle(CushyView&, const IntRect& rect, const SpecMap& spec) {
@@ -51,10 +92,10 @@ struct ViewType {
 };
 
 constexpr ViewType viewTypes[] = {
-    {"raster", nullptr},  {"rectangle", makeRectangle}, {"gradient", nullptr}, {"vector", nullptr},
-    {"caption", makeCaption}, {"click", nullptr},     {"hover", nullptr},    {"button", nullptr},
-    {"slider", nullptr},  {"knob", nullptr},      {"cluster", nullptr},  {"animation", nullptr},
-    {"bubble", nullptr},  {"marker", nullptr},    {"group", nullptr},    {"paged", nullptr},
+    {"raster", makeRaster},  {"rectangle", makeRectangle}, {"gradient", nullptr}, {"vector", nullptr},
+    {"caption", makeCaption}, {"click", makeClick},   {"hover", makeHover},  {"button", makeButton},
+    {"slider", nullptr},  {"knob", makeKnob},     {"cluster", nullptr},  {"animation", makeAnimation},
+    {"bubble", nullptr},  {"marker", nullptr},    {"group", makeGroup},  {"paged", makePaged},
     {"transformed", nullptr}, {"console", nullptr}, {"cushy", makeCushy},
 };
 
@@ -136,6 +177,8 @@ ViewRef createView(CushyView& layout, ContainerView& parent, const SpecMap& spec
     SharedKeys keys = readSharedKeys(layout, *view, spec);
     parent.addChild(view);
     registerSharedKeys(layout, *view, keys);
+    if (auto* control = dynamic_cast<ValueControl*>(view.get())) layout.addControl(*view, control->variableName());
+    if (auto* container = dynamic_cast<ContainerView*>(view.get())) container->buildChildren();
     if (const auto edit = spec.find("edit"); edit != spec.end() && layout.debugOverlay())
         layout.debugOverlay()->add(edit->second, *view);
     return view;
