@@ -28,6 +28,7 @@ std::string MapHost::layoutSource(CushyView&, const std::string& name) {
 }
 
 std::shared_ptr<Image> MapHost::image(CushyView&, const std::string& spec) {
+    if (const auto found = images.find(spec); found != images.end()) return found->second;
     if (resources_ == nullptr) throw FormatException("Resource not found: " + spec);
     return resources_->getImage(resources_->parseImageSpec(spec));
 }

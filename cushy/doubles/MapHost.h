@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -43,6 +44,8 @@ public:
     std::map<std::string, std::string, std::less<>> variables;
     std::set<std::string, std::less<>> readOnly;
     std::map<std::string, std::string, std::less<>> layouts;
+    // Pictures by their whole spec text, served before the resource manager's.
+    std::map<std::string, std::shared_ptr<Image>, std::less<>> images;
     StringTable strings;
     // What reportError answers; every message is kept either way.
     bool reportsErrors = true;
