@@ -9,6 +9,7 @@
 #include "cushy/CushyHost.h"
 #include "cushy/CushyView.h"
 #include "cushy/DebugOverlay.h"
+#include "cushy/GradientView.h"
 #include "cushy/GroupView.h"
 #include "cushy/HintedView.h"
 #include "cushy/HoverView.h"
@@ -17,7 +18,9 @@
 #include "cushy/RasterView.h"
 #include "cushy/RectangleView.h"
 #include "cushy/TagExpansion.h"
+#include "cushy/TransformedView.h"
 #include "cushy/VariableReading.h"
+#include "cushy/VectorView.h"
 #include "platform/Exception.h"
 #include "speclang/SpecExpression.h"
 #include "speclang/SpecQuote.h"
@@ -67,6 +70,18 @@ ViewRef makePaged(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
     return std::make_shared<PagedView>(layout, rect, spec);
 }
 
+ViewRef makeGradient(CushyView&, const IntRect& rect, const SpecMap& spec) {
+    return std::make_shared<GradientView>(rect, spec);
+}
+
+ViewRef makeVector(CushyView& layout, const IntRect&, const SpecMap& spec) {
+    return std::make_shared<VectorView>(layout, spec);
+}
+
+ViewRef makeTransformed(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
+    return std::make_shared<TransformedView>(layout, rect, spec);
+}
+
 ViewRef makeRectangle(CushyView&, const IntRect& rect, const SpecMap& spec) {
     return std::make_shared<RectangleView>(rect, spec);
 }
@@ -92,11 +107,11 @@ struct ViewType {
 };
 
 constexpr ViewType viewTypes[] = {
-    {"raster", makeRaster},  {"rectangle", makeRectangle}, {"gradient", nullptr}, {"vector", nullptr},
+    {"raster", makeRaster},  {"rectangle", makeRectangle}, {"gradient", makeGradient}, {"vector", makeVector},
     {"caption", makeCaption}, {"click", makeClick},   {"hover", makeHover},  {"button", makeButton},
     {"slider", nullptr},  {"knob", makeKnob},     {"cluster", nullptr},  {"animation", makeAnimation},
     {"bubble", nullptr},  {"marker", nullptr},    {"group", makeGroup},  {"paged", makePaged},
-    {"transformed", nullptr}, {"console", nullptr}, {"cushy", makeCushy},
+    {"transformed", makeTransformed}, {"console", nullptr}, {"cushy", makeCushy},
 };
 
 const ViewType* findType(std::string_view name) {

@@ -3,9 +3,12 @@
 // line; the layouts beside the file are there by name for modal layouts; the product's
 // pictures, fonts and string table come from the embedded resources. A menu can be shown
 // open (the "popup" action with the given params) and the pointer placed to show a hint.
+// Mouse steps (press, drag, release at points, in the order given) and waits run before
+// the picture is taken, so that a pressed button or a turned knob can be seen.
 //
 //   cushy-render main.cushy out.png [--size 525x475] [--set name=value]... [--mouse x,y]
-//                [--popup "items: { ... }"]
+//                [--popup "items: { ... }"] [--press x,y] [--drag x,y] [--release x,y]
+//                [--wait ms]
 #include "cushy/CushyView.h"
 #include "cushy/CushyWindowClient.h"
 #include "cushy/HintWindow.h"
@@ -23,6 +26,12 @@
 
 namespace {
 
+// One injected step: a button going down, a move with it held, its release, or time passing.
+struct Step {
+    enum Kind { press, drag, release, wait } kind;
+    std::int32_t x = 0, y = 0;
+};
+
 struct Options {
     std::filesystem::path layout;
     std::string output;
@@ -30,6 +39,7 @@ struct Options {
     std::vector<std::pair<std::string, std::string>> variables;
     std::optional<std::pair<std::int32_t, std::int32_t>> mouse;
     std::optional<std::string> popup;
+    std::vector<Step> steps;
 };
 
 bool parseOptions(int argc, char** argv, Options& options) {
@@ -50,6 +60,14 @@ bool parseOptions(int argc, char** argv, Options& options) {
             int x, y;
             if (std::sscanf(argv[++i], "%d,%d", &x, &y) != 2) return false;
             options.mouse.emplace(x, y);
+        } else if ((arg == "--press" || arg == "--drag" || arg == "--release") && hasValue) {
+            Step step{arg == "--press" ? Step::press : arg == "--drag" ? Step::drag : Step::release};
+            if (std::sscanf(argv[++i], "%d,%d", &step.x, &step.y) != 2) return false;
+            options.steps.push_back(step);
+        } else if (arg == "--wait" && hasValue) {
+            Step step{Step::wait};
+            if (std::sscanf(argv[++i], "%d", &step.x) != 1 || step.x < 0) return false;
+            options.steps.push_back(step);
         } else if (arg == "--popup" && hasValue) {
             options.popup = argv[++i];
         } else if (arg.starts_with("--")) {
@@ -87,6 +105,17 @@ int render(const Options& options) {
     client.attach(&window);
     root->refresh();
     window.advance(0);
+    for (const Step& step : options.steps) {
+        switch (step.kind) {
+            case Step::press:
+                window.mouseMove(step.x, step.y);
+                window.mouseDown(step.x, step.y);
+                break;
+            case Step::drag: window.mouseMove(step.x, step.y, 1u << tw::leftButton); break;
+            case Step::release: window.mouseUp(step.x, step.y); break;
+            case Step::wait: window.advance(std::uint32_t(step.x)); break;
+        }
+    }
     if (options.mouse) {
         window.mouseMove(options.mouse->first, options.mouse->second);
         window.advance(tw::HintWindow::showDelay);
@@ -117,7 +146,8 @@ int main(int argc, char** argv) {
     Options options;
     if (!parseOptions(argc, argv, options)) {
         std::cerr << "usage: cushy-render layout.cushy out.png [--size WxH] [--set name=value]... [--mouse x,y]"
-                     " [--popup params]\n";
+                     " [--popup params]"
+                     " [--press x,y] [--drag x,y] [--release x,y] [--wait ms]\n";
         return 2;
     }
     try {
