@@ -77,8 +77,7 @@ void CushyView::refresh() {
             try {
                 load(name);
             } catch (const std::exception& e) {
-                pendingErrors_.push_back(e.what());
-                postEvent(errorEvent);
+                reportLater(e.what());
             }
         }
     }
@@ -261,6 +260,11 @@ void CushyView::addAutoRefresh(View& view, std::int32_t period) {
 }
 
 void CushyView::childRemoved(View& child) { unregister(child); }
+
+void CushyView::reportLater(const std::string& message) {
+    pendingErrors_.push_back(message);
+    postEvent(errorEvent);
+}
 
 void CushyView::unregister(View& view) {
     hintViews_.erase(&view);

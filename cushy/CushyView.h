@@ -111,6 +111,8 @@ public:
 
 protected:
     void childRemoved(View& child) override;
+    // A fault met during a refresh, shown from the queue once the walk is over.
+    void reportLater(const std::string& message);
 
 private:
     void startTimers();

@@ -19,6 +19,7 @@
 #include "cushy/RectangleView.h"
 #include "cushy/TagExpansion.h"
 #include "cushy/TransformedView.h"
+#include "cushy/TransitionLayout.h"
 #include "cushy/VariableReading.h"
 #include "cushy/VectorView.h"
 #include "platform/Exception.h"
@@ -94,8 +95,19 @@ ViewRef makeCushy(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
     for (View* v = &layout; v != nullptr; v = v->parent())
         if (dynamic_cast<CushyView*>(v) != nullptr && ++depth >= maxNestedLayouts)
             throw FormatException("Layouts nested too deeply");
+    const std::string variable = unquote(lookup(spec, "layoutVariable"));
+    if (toBool(lookup(spec, "transitions"), false)) {
+        // The layout comes and goes through the transform of the view that holds it.
+        auto frame = std::make_shared<TransformView>();
+        frame->resize(rect);
+        auto view = std::make_shared<TransitionLayout>(layout.host(), IntRect{0, 0, rect.width, rect.height}, variable);
+        view->setHintWindow(layout.hintWindow());
+        view->setDebugOverlay(layout.debugOverlay());
+        frame->addChild(view);
+        return frame;
+    }
     auto view = std::make_shared<CushyView>(layout.host(), rect);
-    view->setLayoutVariable(unquote(lookup(spec, "layoutVariable")));
+    view->setLayoutVariable(variable);
     view->setHintWindow(layout.hintWindow());
     view->setDebugOverlay(layout.debugOverlay());
     return view;
