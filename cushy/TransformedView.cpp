@@ -4,18 +4,19 @@
 #include "cushy/TagExpansion.h"
 #include "cushy/ViewFactory.h"
 #include "speclang/SpecExpression.h"
+#include "speclang/SpecQuote.h"
 
 #include <numbers>
 
 namespace tw {
 
 TransformedView::TransformedView(CushyView& layout, const IntRect& rect, const SpecMap& spec)
-    : layout_(layout), views_(lookup(spec, "views")), opacity_(lookup(spec, "opacity")), scale_(lookup(spec, "scale")),
-      rotation_(lookup(spec, "rotation")) {
+    : layout_(layout), views_(lookup(spec, "views")), opacity_(unquote(lookup(spec, "opacity"))),
+      scale_(unquote(lookup(spec, "scale"))), rotation_(unquote(lookup(spec, "rotation"))) {
     resize(rect);
     SpecList offset = parseList(lookup(spec, "offset"));
     offset.resize(2);
-    offsetX_ = offset[0], offsetY_ = offset[1];
+    offsetX_ = unquote(offset[0]), offsetY_ = unquote(offset[1]);
 }
 
 void TransformedView::buildChildren() {

@@ -1,0 +1,130 @@
+#include "cushy/GradientView.h"
+#include "cushy/TransformedView.h"
+#include "cushy/VectorView.h"
+
+#include "cushy/Editor.h"
+#include "tests/Failure.h"
+
+#include <gtest/gtest.h>
+
+using namespace tw;
+using tw::test::Editor;
+using tw::test::formatFailure;
+
+namespace {
+
+template <class T>
+T& child(Editor& editor, std::size_t i) {
+    return dynamic_cast<T&>(*editor.root->children().at(i));
+}
+
+std::uint32_t pixel(Editor& editor, std::int32_t x, std::int32_t y) { return *editor.window.canvas().at(x, y); }
+
+}  // namespace
+
+// ---- gradient
+
+TEST(Gradient, StopsKeptInOrderAndDrawnLinearOrRadial) {
+    Editor editor;
+    editor.load(R"(views: {
+      { type: gradient, bounds: { 0, 0, 100, 10 }, start: { 0, 0 }, end: { 100, 0 },
+        stops: { { 1, { 0, 0, 255 } }, { 0, { 255, 0, 0 } } } },
+      { type: gradient, bounds: { 0, 20, 40, 40 }, stops: { { 0, white }, { 1, black } } } })");
+    editor.attach();
+    const auto& stops = child<GradientView>(editor, 0).stops();
+    ASSERT_EQ(stops.size(), 2u);
+    EXPECT_EQ(stops[0].position, 0);
+    EXPECT_EQ(stops[1].value, 0xFF0000FFu);
+    editor.window.paintAll();
+    EXPECT_GT(pixel(editor, 2, 5) >> 16 & 0xFF, 0xF0u);
+    EXPECT_GT(pixel(editor, 97, 5) & 0xFF, 0xF0u);
+    // Radial: bright in the middle, dark at the rim.
+    EXPECT_GT(pixel(editor, 20, 40) & 0xFF, 0xF0u);
+    EXPECT_LT(pixel(editor, 1, 40) & 0xFF, 0x20u);
+    EXPECT_EQ(formatFailure([&] { editor.load("views: { { type: gradient, start: { 0, 0 } } }"); }),
+              "No stops defined for gradient");
+}
+
+// ---- vector
+
+TEST(Vector, ASourceBlockLosesItsBraces) {
+    Editor editor;
+    editor.load(R"(views: { { type: vector, bounds: { 0, 0, 20, 20 }, source: { format keel-1
+fill #ff0000
+rect 0,0,20,20 } } })");
+    editor.attach();
+    EXPECT_EQ(child<VectorView>(editor, 0).text().find('{'), std::string::npos);
+    editor.window.paintAll();
+    EXPECT_EQ(pixel(editor, 10, 10), 0xFFFF0000u);
+    EXPECT_TRUE(editor.host.errors.empty());
+}
+
+TEST(Vector, MissingSourceAndARunFault) {
+    Editor editor;
+    EXPECT_EQ(formatFailure([&] { editor.load("views: { { type: vector } }"); }),
+              "Missing Keel source, variable or file definition for vector view");
+    editor.load(R"(views: { { type: vector, source: "format keel-1\nnonsense 1,2" } })");
+    editor.attach();
+    editor.window.paintAll();
+    EXPECT_EQ(editor.host.errors.size(), 1u);
+}
+
+TEST(Vector, FollowsItsVariablesAndCachesFromTheSixthUnchangedPaint) {
+    Editor editor;
+    editor.host.variables["colour"] = "#00ff00";
+    editor.host.variables["drawing"] = "format keel-1\nfill $colour\nrect 0,0,10,10";
+    editor.load(R"(views: {
+      { type: vector, bounds: { 0, 0, 10, 10 }, variable: drawing, guiVariables: true },
+      { type: vector, bounds: { 20, 0, 10, 10 }, file: pic } })");
+    editor.host.layouts["pic"] = "format keel-1\nfill #0000ff\nrect 0,0,10,10";
+    editor.attach();
+    editor.root->refresh();
+    VectorView& view = child<VectorView>(editor, 0);
+    for (int i = 0; i < VectorView::directPaints; ++i) editor.window.paintAll();
+    EXPECT_FALSE(view.cached());
+    EXPECT_EQ(view.runs(), VectorView::directPaints);
+    editor.window.paintAll();
+    EXPECT_TRUE(view.cached());
+    editor.window.paintAll();
+    EXPECT_EQ(view.runs(), VectorView::directPaints + 1);
+    EXPECT_EQ(pixel(editor, 5, 5), 0xFF00FF00u);
+    // Nothing changed: a refresh leaves the picture alone.
+    const std::uint32_t generation = view.generation();
+    editor.root->refresh();
+    EXPECT_EQ(view.generation(), generation);
+    // A variable the program read changed: it runs again.
+    editor.host.variables["colour"] = "#ff0000";
+    editor.root->refresh();
+    EXPECT_EQ(view.generation(), generation + 1);
+    EXPECT_FALSE(view.cached());
+    editor.window.paintAll();
+    EXPECT_EQ(pixel(editor, 5, 5), 0xFFFF0000u);
+    EXPECT_EQ(pixel(editor, 25, 5), 0xFF0000FFu);
+}
+
+// ---- transformed
+
+TEST(Transformed, EvaluatedAtEachRefreshAndPressedThroughTheInverse) {
+    Editor editor;
+    editor.host.variables["s"] = "50";
+    editor.load(R"(views: { { type: transformed, bounds: { 0, 0, 100, 100 }, scale: "[var]s[/var]", opacity: 100,
+        views: { { type: probe, name: p, bounds: { 0, 0, 100, 100 }, color: red } } } })");
+    editor.attach();
+    editor.root->refresh();
+    TransformedView& view = child<TransformedView>(editor, 0);
+    editor.window.paintAll();
+    EXPECT_EQ(pixel(editor, 50, 50), 0xFFFF0000u);
+    EXPECT_EQ(pixel(editor, 10, 10), 0xFF000000u);
+    editor.window.mouseDown(10, 10);
+    EXPECT_TRUE(editor.log.empty());
+    editor.window.mouseDown(30, 30);
+    ASSERT_EQ(editor.log.size(), 1u);
+    EXPECT_EQ(editor.log[0], "p down 11,11");  // the centre of pixel 30 is 30.5
+    editor.window.clearInvalidations();
+    editor.host.variables["s"] = "100";
+    editor.root->refresh();
+    EXPECT_TRUE(view.matrix().isIdentity());
+    EXPECT_FALSE(editor.window.invalidations().empty());
+    editor.window.paintAll();
+    EXPECT_EQ(pixel(editor, 10, 10), 0xFFFF0000u);
+}
