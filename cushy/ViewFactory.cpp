@@ -17,6 +17,7 @@
 #include "cushy/PagedView.h"
 #include "cushy/RasterView.h"
 #include "cushy/RectangleView.h"
+#include "cushy/SliderView.h"
 #include "cushy/TagExpansion.h"
 #include "cushy/TransformedView.h"
 #include "cushy/TransitionLayout.h"
@@ -83,6 +84,10 @@ ViewRef makeTransformed(CushyView& layout, const IntRect& rect, const SpecMap& s
     return std::make_shared<TransformedView>(layout, rect, spec);
 }
 
+ViewRef makeSlider(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
+    return std::make_shared<SliderView>(layout, rect, spec);
+}
+
 ViewRef makeRectangle(CushyView&, const IntRect& rect, const SpecMap& spec) {
     return std::make_shared<RectangleView>(rect, spec);
 }
@@ -121,7 +126,7 @@ struct ViewType {
 constexpr ViewType viewTypes[] = {
     {"raster", makeRaster},  {"rectangle", makeRectangle}, {"gradient", makeGradient}, {"vector", makeVector},
     {"caption", makeCaption}, {"click", makeClick},   {"hover", makeHover},  {"button", makeButton},
-    {"slider", nullptr},  {"knob", makeKnob},     {"cluster", nullptr},  {"animation", makeAnimation},
+    {"slider", makeSlider},  {"knob", makeKnob},     {"cluster", nullptr},  {"animation", makeAnimation},
     {"bubble", nullptr},  {"marker", nullptr},    {"group", makeGroup},  {"paged", makePaged},
     {"transformed", makeTransformed}, {"console", nullptr}, {"cushy", makeCushy},
 };

@@ -6,6 +6,7 @@
 #include "cushy/KnobView.h"
 #include "cushy/PagedView.h"
 #include "cushy/RasterView.h"
+#include "cushy/SliderView.h"
 
 #include "cushy/Editor.h"
 #include "graphics/PlainImage.h"
@@ -577,4 +578,50 @@ TEST(Paged, AllPagesBuiltOneShownAnEmptyVariableShowsTheEmptyLabel) {
     EXPECT_EQ(shown(), "4");
     // Hidden or not, every child is refreshed.
     EXPECT_EQ(editor.probe(1).refreshes, 3);
+}
+
+// ---- slider
+
+TEST(Slider, DragsAlongItsSlitFinerWithShift) {
+    Editor editor;
+    editor.host.variables["s"] = "0.5";
+    editor.load(R"(views: { { type: slider, bounds: { 0, 0, 120, 20 }, variable: s,
+        slit: { start: { 10, 10 }, end: { 110, 10 }, thickness: 2, color: gray }, cap: { color: white, rounded: true } } })");
+    editor.attach();
+    editor.root->refresh();
+    SliderView& slider = child<SliderView>(editor, 0);
+    EXPECT_DOUBLE_EQ(slider.pointAt(slider.value()).x, 60);
+    // Pressed away from the cap: it doesn't jump, it follows the travel.
+    editor.window.mouseDown(30, 10);
+    EXPECT_DOUBLE_EQ(slider.value(), 0.5);
+    editor.window.mouseMove(50, 14, 1);
+    EXPECT_NEAR(slider.value(), 0.7, 1e-12);
+    editor.window.setModifiers(true, false, false);
+    editor.window.mouseMove(60, 10, 1);
+    EXPECT_NEAR(slider.value(), 0.7, 1e-12);
+    editor.window.mouseMove(80, 10, 1);
+    EXPECT_NEAR(slider.value(), 0.72, 1e-12);
+    editor.window.mouseUp(80, 10);
+    EXPECT_EQ(editor.host.writes.front(), "begin s");
+    EXPECT_EQ(editor.host.writes.back(), "end s");
+}
+
+TEST(Slider, AnArcSlitAndItsFaults) {
+    Editor editor;
+    editor.host.variables["s"] = "0";
+    editor.load(R"(views: { { type: slider, bounds: { 0, 0, 100, 100 }, variable: s,
+        slit: { center: { 50, 50 }, radius: 40, sweep: { -90, 180 } } } })");
+    editor.attach();
+    editor.root->refresh();
+    SliderView& slider = child<SliderView>(editor, 0);
+    EXPECT_NEAR(slider.pointAt(0).x, 10, 1e-9);
+    EXPECT_NEAR(slider.pointAt(0.5).y, 10, 1e-9);
+    editor.window.mouseDown(10, 50);
+    editor.window.mouseMove(50, 10, 1);
+    EXPECT_NEAR(slider.value(), 0.5, 0.02);
+    editor.window.mouseUp(50, 10);
+    EXPECT_EQ(formatFailure([&] { editor.load("views: { { type: slider, cap: { rounded: { 3, 3 } } } }"); }),
+              "Unsupported cap roundness: \"{ 3, 3 }\"");
+    EXPECT_EQ(formatFailure([&] { editor.load("views: { { type: slider, cap: { rounded: 120 } } }"); }),
+              "Unsupported cap roundness: \"120\"");
 }

@@ -1,0 +1,93 @@
+// The view type "slider": a linear control of one variable whose cap runs along a slit,
+// straight (`start` to `end`) or an arc (`center`, `radius`, `sweep`). It shares the value
+// model and the gestures of the knob: a drag along the slit (finer by `fineRatio` with
+// Shift), Control-click for the default, snap, and the wheel.
+//
+// Choices where the layouts leave room: the cap follows the pointer's travel along the
+// slit from where it was grabbed, so a press never makes it jump; `area` is how many
+// pixels of the slit around the snap point hold the cap; a wheel notch moves the cap eight
+// pixels along the slit (Shift: by the fine ratio of that). The cap is a rectangle of
+// `size` (default 12 by 12) centred on the slit, its corners `rounded` as a percentage
+// of its half sides (true is fully round); its `image` is drawn centred there.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "cushy/ControlValue.h"
+#include "cushy/HintedView.h"
+#include "cushy/VariableReading.h"
+#include "graphics/Matrix.h"
+#include "platform/TimerQueue.h"
+#include "speclang/SpecLanguage.h"
+
+namespace tw {
+
+class CushyView;
+class Film;
+class Image;
+
+class SliderView : public HintedView, public ValueControl, public TimerHandler {
+public:
+    static constexpr int wheelEndTimer = 1;
+    static constexpr std::uint32_t wheelGestureMs = 500;
+
+    // Throws FormatException "Unsupported cap roundness: " with the value, or the
+    // readers' faults.
+    SliderView(CushyView& layout, const IntRect& rect, const SpecMap& spec);
+    ~SliderView() override;
+
+    void paint(Raster32& canvas, const IntRect& clip) override;
+    bool mouseDown(const MouseEvent& event) override;
+    void mouseMove(const MouseEvent& event) override;
+    void mouseUp(const MouseEvent& event) override;
+    bool mouseWheel(const MouseEvent& event) override;
+    void captureMouse() override;
+    void releaseCapture() override;
+    void detached(Window& window) override;
+    std::string valueText() override { return formatVariableNumber(value_.value); }
+    void timerFired(TimerQueue& queue, std::uint32_t due, std::uint32_t now, int id) override;
+
+    const std::string& variableName() const override { return variable_; }
+    double defaultValue() const override { return value_.defaultValue; }
+    void takeValue(double value) override;
+    void setWritable(bool writable) override { readOnly_ = !writable || readOnlyKey_; }
+
+    double value() const { return value_.value; }
+    // Where a fraction of the range lies on the slit.
+    Point pointAt(double fraction) const;
+
+private:
+    // The fraction of the slit nearest to the point, and for an arc the unwrapped angle.
+    double fractionAt(double x, double y) const;
+    void change(double value);
+    void syncNow();
+    void endWheelGesture();
+
+    CushyView& layout_;
+    std::string variable_;
+    bool readOnlyKey_;
+    bool readOnly_;
+    ControlValue value_;
+    double fineRatio_;
+    // The slit: a line from (x0, y0) to (x1, y1), or an arc round (cx, cy).
+    bool arc_ = false;
+    double x0_ = 0, y0_ = 0, x1_ = 0, y1_ = 0;
+    double cx_ = 0, cy_ = 0, radius_ = 0, arcStart_ = 0, arcExtent_ = 0;
+    double length_ = 1;
+    double thickness_ = 0;
+    std::uint32_t slitColor_ = 0;
+    double capWidth_ = 12, capHeight_ = 12, capRound_ = 0;
+    std::uint32_t capColor_ = 0;
+    std::shared_ptr<Image> capImage_;
+    std::optional<double> snapValue_;
+    double snapArea_ = 4;
+    std::unique_ptr<Film> film_;
+    double grabFraction_ = 0, grabValue_ = 0;
+    bool grabShift_ = false, grabCtrl_ = false;
+    bool dragging_ = false;
+    bool wheeling_ = false;
+};
+
+}  // namespace tw
