@@ -1,6 +1,7 @@
 #include "cushy/ViewFactory.h"
 
 #include "cushy/AnimationView.h"
+#include "cushy/BubbleView.h"
 #include "cushy/ButtonView.h"
 #include "cushy/CaptionView.h"
 #include "cushy/ClickView.h"
@@ -88,6 +89,10 @@ ViewRef makeSlider(CushyView& layout, const IntRect& rect, const SpecMap& spec) 
     return std::make_shared<SliderView>(layout, rect, spec);
 }
 
+ViewRef makeBubble(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
+    return std::make_shared<BubbleView>(layout, rect, spec);
+}
+
 ViewRef makeRectangle(CushyView&, const IntRect& rect, const SpecMap& spec) {
     return std::make_shared<RectangleView>(rect, spec);
 }
@@ -127,7 +132,7 @@ constexpr ViewType viewTypes[] = {
     {"raster", makeRaster},  {"rectangle", makeRectangle}, {"gradient", makeGradient}, {"vector", makeVector},
     {"caption", makeCaption}, {"click", makeClick},   {"hover", makeHover},  {"button", makeButton},
     {"slider", makeSlider},  {"knob", makeKnob},     {"cluster", nullptr},  {"animation", makeAnimation},
-    {"bubble", nullptr},  {"marker", nullptr},    {"group", makeGroup},  {"paged", makePaged},
+    {"bubble", makeBubble},  {"marker", nullptr},    {"group", makeGroup},  {"paged", makePaged},
     {"transformed", makeTransformed}, {"console", nullptr}, {"cushy", makeCushy},
 };
 
