@@ -79,6 +79,13 @@ void CushyWindowClient::captureLost() {
     if (View* holder = captured()) holder->releaseCapture();
 }
 
+bool CushyWindowClient::keyDown(const KeyEvent& event) {
+    View* focus = View::focusHolder();
+    if (focus == nullptr || window_ == nullptr || focus->window() != window_) return false;
+    const std::shared_ptr<View> held = focus->weak_from_this().lock();
+    return focus->keyDown(event);
+}
+
 void CushyWindowClient::modifiersChanged(const MouseEvent& event) { mouseMove(event); }
 
 }  // namespace tw

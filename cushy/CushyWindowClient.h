@@ -29,6 +29,8 @@ public:
     void mouseLeave(std::uint32_t time) override;
     void captureLost() override;
     void modifiersChanged(const MouseEvent& event) override;
+    // To the view of this window that holds the keyboard focus, if any.
+    bool keyDown(const KeyEvent& event) override;
 
 private:
     // The view of this window that holds the capture, or null.

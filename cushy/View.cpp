@@ -8,13 +8,25 @@ namespace {
 
 // At most one view in the process holds the mouse.
 View* theCaptureHolder = nullptr;
+View* theFocusHolder = nullptr;
 
 }  // namespace
 
 View* View::captureHolder() { return theCaptureHolder; }
 
+View* View::focusHolder() { return theFocusHolder; }
+
+void View::takeFocus() { theFocusHolder = this; }
+
+void View::releaseFocus() {
+    if (theFocusHolder == this) theFocusHolder = nullptr;
+}
+
+bool View::keyDown(const KeyEvent&) { return false; }
+
 View::~View() {
     if (theCaptureHolder == this) theCaptureHolder = nullptr;
+    if (theFocusHolder == this) theFocusHolder = nullptr;
 }
 
 std::string View::title() { return parent_ != nullptr ? parent_->title() : std::string(); }
@@ -98,6 +110,7 @@ void View::setWindow(Window* window) {
             timerPending_ = false;
         }
         if (theCaptureHolder == this) releaseCapture();
+        releaseFocus();
         Window& old = *window_;
         window_ = nullptr;
         detached(old);

@@ -50,6 +50,11 @@ public:
     virtual void mouseEnter(std::uint32_t time);
     virtual void mouseLeave(std::uint32_t time);
     virtual bool rightMouseDown(const MouseEvent& event);
+    // Keys reach the view that holds the keyboard focus; answer whether the key was used.
+    virtual bool keyDown(const KeyEvent& event);
+    // Takes the keyboard focus (a console that was clicked), or gives it up.
+    void takeFocus();
+    void releaseFocus();
     virtual void attached(Window& window);
     virtual void detached(Window& window);
     virtual void setWindow(Window* window);
@@ -68,6 +73,8 @@ public:
 
     // The view that holds the mouse, in the whole process, or null.
     static View* captureHolder();
+    // The view that takes the keys, in the whole process, or null.
+    static View* focusHolder();
 
 protected:
     friend class ContainerView;

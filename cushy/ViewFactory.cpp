@@ -5,6 +5,8 @@
 #include "cushy/ButtonView.h"
 #include "cushy/CaptionView.h"
 #include "cushy/ClickView.h"
+#include "cushy/ClusterView.h"
+#include "cushy/ConsoleView.h"
 #include "cushy/ContainerView.h"
 #include "cushy/Cursor.h"
 #include "cushy/CushyHost.h"
@@ -15,6 +17,7 @@
 #include "cushy/HintedView.h"
 #include "cushy/HoverView.h"
 #include "cushy/KnobView.h"
+#include "cushy/MarkerView.h"
 #include "cushy/PagedView.h"
 #include "cushy/RasterView.h"
 #include "cushy/RectangleView.h"
@@ -93,6 +96,18 @@ ViewRef makeBubble(CushyView& layout, const IntRect& rect, const SpecMap& spec) 
     return std::make_shared<BubbleView>(layout, rect, spec);
 }
 
+ViewRef makeCluster(CushyView& layout, const IntRect&, const SpecMap& spec) {
+    return std::make_shared<ClusterView>(layout, spec);
+}
+
+ViewRef makeMarker(CushyView&, const IntRect& rect, const SpecMap& spec) {
+    return std::make_shared<MarkerView>(rect, spec);
+}
+
+ViewRef makeConsole(CushyView& layout, const IntRect&, const SpecMap& spec) {
+    return std::make_shared<ConsoleView>(layout, spec);
+}
+
 ViewRef makeRectangle(CushyView&, const IntRect& rect, const SpecMap& spec) {
     return std::make_shared<RectangleView>(rect, spec);
 }
@@ -131,9 +146,9 @@ struct ViewType {
 constexpr ViewType viewTypes[] = {
     {"raster", makeRaster},  {"rectangle", makeRectangle}, {"gradient", makeGradient}, {"vector", makeVector},
     {"caption", makeCaption}, {"click", makeClick},   {"hover", makeHover},  {"button", makeButton},
-    {"slider", makeSlider},  {"knob", makeKnob},     {"cluster", nullptr},  {"animation", makeAnimation},
-    {"bubble", makeBubble},  {"marker", nullptr},    {"group", makeGroup},  {"paged", makePaged},
-    {"transformed", makeTransformed}, {"console", nullptr}, {"cushy", makeCushy},
+    {"slider", makeSlider},  {"knob", makeKnob},     {"cluster", makeCluster},  {"animation", makeAnimation},
+    {"bubble", makeBubble},  {"marker", makeMarker},    {"group", makeGroup},  {"paged", makePaged},
+    {"transformed", makeTransformed}, {"console", makeConsole}, {"cushy", makeCushy},
 };
 
 const ViewType* findType(std::string_view name) {

@@ -45,6 +45,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     window.mouseDown(10, 10);
     window.mouseMove(30, 20, 1);
     window.mouseUp(30, 20);
+    window.mouseWheel(10, 10, 2);
+    window.key(tw::Key::character, U'x');
     window.advance(1000);
     window.paintInvalid();
     client.attach(nullptr);

@@ -1,7 +1,8 @@
 // Feeds arbitrary text to every style value reader: colours, strokes, corners, alignment,
-// ellipsis sides, cursors and blend modes.
+// ellipsis sides, cursors, blend modes and click masks.
 #include "graphics/BlendMode.h"
 #include "speclang/SpecColor.h"
+#include "cushy/ClickMask.h"
 #include "cushy/Cursor.h"
 #include "cushy/EllipsisSide.h"
 #include "cushy/Rounded.h"
@@ -34,6 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     attempt([&] { tw::parseTextAlignment(raw, tw::TextAlignment::left); });
     attempt([&] { tw::parseEllipsisSide(raw, tw::EllipsisSide::none); });
     attempt([&] { tw::parseCursor(raw, tw::Cursor::arrow); });
+    attempt([&] { tw::parseClickMask(raw); });
     tw::parseBlendMode(raw);
     return 0;
 }

@@ -1,8 +1,12 @@
+#include "cushy/ClusterView.h"
+#include "cushy/ConsoleView.h"
 #include "cushy/GradientView.h"
+#include "cushy/MarkerView.h"
 #include "cushy/TransformedView.h"
 #include "cushy/VectorView.h"
 
 #include "cushy/Editor.h"
+#include "graphics/PlainImage.h"
 #include "tests/Failure.h"
 
 #include <gtest/gtest.h>
@@ -19,6 +23,13 @@ T& child(Editor& editor, std::size_t i) {
 }
 
 std::uint32_t pixel(Editor& editor, std::int32_t x, std::int32_t y) { return *editor.window.canvas().at(x, y); }
+
+std::shared_ptr<Image> solid(std::uint32_t colour) {
+    Raster32 raster(IntRect{0, 0, 10, 10}, true);
+    for (std::int32_t y = 0; y < 10; ++y)
+        for (std::int32_t x = 0; x < 10; ++x) *raster.at(x, y) = colour;
+    return std::make_shared<RasterImage>(raster);
+}
 
 }  // namespace
 
@@ -127,4 +138,108 @@ TEST(Transformed, EvaluatedAtEachRefreshAndPressedThroughTheInverse) {
     EXPECT_FALSE(editor.window.invalidations().empty());
     editor.window.paintAll();
     EXPECT_EQ(pixel(editor, 10, 10), 0xFFFF0000u);
+}
+
+// ---- cluster
+
+TEST(Cluster, PaintMethodsAcrossTheSwitches) {
+    Editor editor;
+    editor.host.images["off"] = solid(0xFF000080);
+    editor.host.images["on"] = solid(0xFF00FF00);
+    editor.host.variables["step[1]"] = "1";
+    editor.host.variables["one[0]"] = "1";
+    editor.load(R"(views: {
+      { type: cluster, bounds: { 0, 0, 40, 10 }, array: step, images: { off, on }, rects: { 4, 1, 10, 10 }, paintMethod: toggle },
+      { type: cluster, bounds: { 0, 20, 40, 10 }, array: one, images: { off, on }, rects: { 4, 1, 10, 10 }, paintMethod: exclusive },
+      { type: cluster, bounds: { 0, 40, 20, 11 }, array: lvl, images: { off, on }, range: { 0, 10 },
+        rects: { { 0, 0, 10, 11 }, { 10, 0, 10, 11 } }, paintMethod: slide } })");
+    editor.attach();
+    editor.root->refresh();
+    ClusterView& steps = child<ClusterView>(editor, 0);
+    EXPECT_EQ(steps.pictureOf(1), 1u);
+    editor.window.paintAll();
+    EXPECT_EQ(pixel(editor, 15, 5), 0xFF00FF00u);
+    // A press on an off switch turns on every switch the drag crosses.
+    editor.window.mouseDown(5, 5);
+    editor.window.mouseMove(35, 5, 1);
+    editor.window.mouseUp(35, 5);
+    EXPECT_EQ(editor.host.variables["step[0]"], "1");
+    EXPECT_EQ(editor.host.variables["step[3]"], "1");
+    EXPECT_EQ(editor.host.writes.front(), "begin step[0]");
+    EXPECT_EQ(editor.host.writes.back(), "end step[3]");
+    editor.window.mouseDown(25, 25);
+    editor.window.mouseUp(25, 25);
+    EXPECT_EQ(editor.host.variables["one[2]"], "1");
+    EXPECT_EQ(editor.host.variables["one[0]"], "0");
+    editor.window.mouseDown(5, 45);
+    editor.window.mouseMove(15, 40, 1);
+    editor.window.mouseUp(15, 40);
+    EXPECT_EQ(editor.host.variables["lvl[0]"], "5");
+    EXPECT_EQ(editor.host.variables["lvl[1]"], "10");
+}
+
+TEST(Cluster, Faults) {
+    Editor editor;
+    editor.host.images["off"] = solid(0xFF000080);
+    EXPECT_EQ(formatFailure([&] { editor.load("views: { { type: cluster, rects: { 1, 1, 5, 5 } } }"); }),
+              "No images declared for cluster view");
+    EXPECT_EQ(formatFailure([&] { editor.load("views: { { type: cluster, images: { off }, rects: { 1, 2 } } }"); }),
+              "Invalid rects specification in cluster view");
+    EXPECT_EQ(formatFailure([&] {
+                  editor.load("views: { { type: cluster, images: { off }, rects: { 1, 1, 5, 5 }, paintMethod: smear } }");
+              }),
+              "Unrecognized cluster paint method: \"smear\"");
+}
+
+// ---- console
+
+TEST(Console, ShowsTheEndOfItsOutputAndSendsTypedLines) {
+    Editor editor;
+    editor.host.variables["out"] = "one\ntwo\tx\nthree and more";
+    editor.load(R"(views: { { type: console, bounds: { 0, 0, 200, 60 }, dimensions: { 8, 3 }, tabSize: 4,
+        font: { fnt: Tidewake_sans_11, color: white }, outputVariable: out, inputVariable: in, inputAction: typed,
+        cursor: { blinkRate: 0.25 } } })");
+    editor.attach();
+    editor.root->refresh();
+    ConsoleView& console = child<ConsoleView>(editor, 0);
+    EXPECT_EQ(console.screen(), (std::vector<std::u16string>{u"three an", u"d more", u""}));
+    editor.host.variables["out"] = "a\tb\n";
+    editor.root->refresh();
+    EXPECT_EQ(console.screen(), (std::vector<std::u16string>{u"a   b", u""}));
+    EXPECT_FALSE(editor.window.key(Key::character, U'x'));
+    editor.window.mouseDown(10, 10);
+    editor.window.type(U"hi!");
+    editor.window.key(Key::backspace);
+    EXPECT_EQ(console.typedLine(), u"hi");
+    EXPECT_EQ(console.screen().back(), u"hi");
+    EXPECT_TRUE(console.cursorShown());
+    editor.window.advance(250);
+    EXPECT_FALSE(console.cursorShown());
+    editor.window.key(Key::enter);
+    EXPECT_EQ(editor.host.variables["in"], "hi");
+    EXPECT_EQ(editor.host.performed, (std::vector<std::string>{"typed "}));
+    EXPECT_TRUE(console.typedLine().empty());
+    EXPECT_EQ(formatFailure([&] { editor.load("views: { { type: console, dimensions: { 0, 3 } } }"); }),
+              "Console view has negative or zero dimensions");
+}
+
+// ---- marker
+
+TEST(Marker, DrawsItsStrokeOverTime) {
+    Editor editor;
+    editor.load(R"(views: { { type: marker, bounds: { 0, 0, 60, 60 }, pen: { color: red, stroke: 3 }, time: 1,
+        updateRate: 10, start: 0, sweep: 360 } })");
+    editor.attach();
+    MarkerView& marker = child<MarkerView>(editor, 0);
+    EXPECT_EQ(marker.progress(), 0);
+    editor.window.advance(500);
+    EXPECT_NEAR(marker.progress(), 0.5, 1e-9);
+    editor.window.paintAll();
+    // Half way round from the top: the right side is drawn, the left not yet.
+    EXPECT_EQ(pixel(editor, 58, 30) >> 16 & 0xFF, 0xFFu);
+    EXPECT_EQ(pixel(editor, 1, 30), 0xFF000000u);
+    editor.window.advance(500);
+    EXPECT_EQ(marker.progress(), 1);
+    editor.window.paintAll();
+    EXPECT_EQ(pixel(editor, 1, 30) >> 16 & 0xFF, 0xFFu);
 }
