@@ -67,8 +67,8 @@ std::vector<std::u16string> ConsoleView::screen() const {
             add(c);
         }
     };
+    // The typed line follows the output where it stands, after a prompt.
     for (char16_t c : fromUtf8(output_)) put(c);
-    if (!output_.empty() && output_.back() != '\n') lines.emplace_back();
     for (char16_t c : input_) put(c);
     if (lines.size() > std::size_t(rows_)) lines.erase(lines.begin(), lines.end() - rows_);
     return lines;

@@ -4,7 +4,7 @@
 // and action when Enter is pressed.
 //
 // Choices where the layouts leave room: the screen is the last `rows` lines of the output
-// followed by the line being typed, long lines wrapped at `columns`, tabs to the next stop
+// with the line being typed after it, where the output stops (after its prompt), long lines wrapped at `columns`, tabs to the next stop
 // of `tabSize`; the cursor is the `character` (default '_') or the `image`, at the end of
 // the typed line, shown and hidden every `blinkRate` seconds while the console has the
 // keys. An output array is read from `name[0]` on to the first empty entry.

@@ -202,7 +202,7 @@ TEST(Console, ShowsTheEndOfItsOutputAndSendsTypedLines) {
     editor.attach();
     editor.root->refresh();
     ConsoleView& console = child<ConsoleView>(editor, 0);
-    EXPECT_EQ(console.screen(), (std::vector<std::u16string>{u"three an", u"d more", u""}));
+    EXPECT_EQ(console.screen(), (std::vector<std::u16string>{u"two x", u"three an", u"d more"}));
     editor.host.variables["out"] = "a\tb\n";
     editor.root->refresh();
     EXPECT_EQ(console.screen(), (std::vector<std::u16string>{u"a   b", u""}));

@@ -113,7 +113,11 @@ int render(const Options& options) {
                 break;
             case Step::drag: window.mouseMove(step.x, step.y, 1u << tw::leftButton); break;
             case Step::release: window.mouseUp(step.x, step.y); break;
-            case Step::wait: window.advance(std::uint32_t(step.x)); break;
+            case Step::wait:
+                // Time passes with the window shown: views that start at their first paint start.
+                window.paintInvalid();
+                window.advance(std::uint32_t(step.x));
+                break;
         }
     }
     if (options.mouse) {
