@@ -55,9 +55,9 @@ double textAdvance(const Font& font, std::u16string_view text) { return double(f
 
 }  // namespace
 
-BubbleView::BubbleView(CushyView& layout, const IntRect& rect, const SpecMap& spec)
+BubbleView::BubbleView(CushyView& layout, const SpecMap& spec)
     : layout_(layout), minHeight_(evaluateInt(lookup(spec, "minHeight"), 0)),
-      maxHeight_(evaluateInt(lookup(spec, "maxHeight"), 0)), gamma_(evaluateDouble(lookup(spec, "gamma"), 1)),
+      maxHeight_(evaluateInt(lookup(spec, "maxHeight"), 0)),
       fill_(parseColor(lookup(spec, "fill"), 0)), outline_(parseStroke(lookup(spec, "frame"), 0xFF000000)),
       tailPosition_(lookup(spec, "tailPosition")), clickAction_(unquote(lookup(spec, "clickAction"))),
       clickParams_(unquote(lookup(spec, "clickParams"))), fullPageAction_(unquote(lookup(spec, "fullPageAction"))),
@@ -89,7 +89,6 @@ BubbleView::BubbleView(CushyView& layout, const IntRect& rect, const SpecMap& sp
         pageVariable_ = WatchedVariable(unquote(page->second));
     if (const auto rate = spec.find("typingRateVariable"); rate != spec.end())
         typingRateVariable_ = WatchedVariable(unquote(rate->second));
-    (void)rect;
 }
 
 BubbleView::~BubbleView() = default;

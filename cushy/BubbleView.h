@@ -6,8 +6,8 @@
 // Choices where the layouts leave room: lines fill word by word and break after a blank or
 // a hyphen; the tail is a triangle below the lower edge, its tip `tailSize` below, centred
 // at `tailPosition`; a style's `frame` is drawn round each word of the style, `padding`
-// outside the glyphs and `margin` added to the word's advance on both sides. `gamma` and
-// `auto` are read and kept, without effect in this build.
+// outside the glyphs and `margin` added to the word's advance on both sides. `gamma` is not
+// applied (the raster core's own edges are used), and `auto` changes nothing.
 #pragma once
 
 #include <memory>
@@ -56,7 +56,7 @@ public:
 
     // Throws FormatException "Missing (default) style specification for bubble view" or
     // the readers' faults.
-    BubbleView(CushyView& layout, const IntRect& rect, const SpecMap& spec);
+    BubbleView(CushyView& layout, const SpecMap& spec);
     ~BubbleView() override;
 
     void paint(Raster32& canvas, const IntRect& clip) override;
@@ -107,7 +107,6 @@ private:
     std::vector<std::string> styleNames_;
     std::int32_t defaultStyle_ = 0;
     std::int32_t minHeight_, maxHeight_;
-    double gamma_;
     std::uint32_t fill_;
     Stroke outline_;
     double cornerX_, cornerY_;

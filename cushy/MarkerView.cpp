@@ -16,7 +16,7 @@ constexpr double degrees = std::numbers::pi / 180;
 }  // namespace
 
 MarkerView::MarkerView(const IntRect& rect, const SpecMap& spec)
-    : gamma_(evaluateDouble(lookup(spec, "gamma"), 1)), rotation_(evaluateDouble(lookup(spec, "rotation"), 0) * degrees),
+    : rotation_(evaluateDouble(lookup(spec, "rotation"), 0) * degrees),
       random_(evaluateDouble(lookup(spec, "random"), 0) / 100), pen_(parseStroke(lookup(spec, "pen"), 0xFF000000)),
       quality_(std::clamp(evaluateDouble(lookup(spec, "quality"), 1), 0.1, 10.0)),
       start_(evaluateDouble(lookup(spec, "start"), 0) * degrees), sweep_(evaluateDouble(lookup(spec, "sweep"), 360) * degrees),
@@ -29,7 +29,6 @@ MarkerView::MarkerView(const IntRect& rect, const SpecMap& spec)
     const double mix = std::floor(evaluateDouble(lookup(spec, "outlineMix"), 0) * 2.56 + 0.5);
     outlineMix_ = std::uint32_t(std::clamp(mix != mix ? 0.0 : mix, 0.0, 256.0));
     if (!(time_ > 0)) progress_ = 1;
-    (void)gamma_;
 }
 
 void MarkerView::paint(Raster32& canvas, const IntRect&) {

@@ -5,7 +5,8 @@
 // `sweep` degrees (0 straight up, clockwise), turned by `rotation`; `random` bends its
 // radius by up to that percentage along a fixed wave, so every marker of the same keys
 // looks the same; with `outlineWidth` a wider stroke in the pen's colour darkened by
-// `outlineMix` lies under the pen; `quality` sets how finely the arc is cut.
+// `outlineMix` lies under the pen; `quality` sets how finely the arc is cut. `gamma` is not
+// applied: the raster core draws its own edges.
 #pragma once
 
 #include <cstdint>
@@ -32,7 +33,6 @@ public:
     double progress() const { return progress_; }
 
 private:
-    double gamma_;
     double cx_, cy_, rx_, ry_;
     double rotation_, random_;
     Stroke pen_;

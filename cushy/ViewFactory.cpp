@@ -92,8 +92,8 @@ ViewRef makeSlider(CushyView& layout, const IntRect& rect, const SpecMap& spec) 
     return std::make_shared<SliderView>(layout, rect, spec);
 }
 
-ViewRef makeBubble(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
-    return std::make_shared<BubbleView>(layout, rect, spec);
+ViewRef makeBubble(CushyView& layout, const IntRect&, const SpecMap& spec) {
+    return std::make_shared<BubbleView>(layout, spec);
 }
 
 ViewRef makeCluster(CushyView& layout, const IntRect&, const SpecMap& spec) {
