@@ -181,6 +181,29 @@ TEST(Button, CaptureLostEndsThePressWithoutTheClick) {
     EXPECT_FALSE(child<ButtonView>(editor, 0).pressed());
 }
 
+TEST(Button, AStateChangeDuringAnEntryIsTakenUpWhenItReturns) {
+    Editor editor;
+    editor.load(R"(views: { { type: button, bounds: { 10, 10, 40, 20 },
+        actions: { { down, popup, "items: { { One, one } }" }, { up, up }, { click, clicked } } } })");
+    editor.attach();
+    // While the menu of the down entry is open, the pointer leaves the button.
+    bool moved = false;
+    editor.window.user = [&](WindowDouble& window) {
+        if (!moved) {
+            moved = true;
+            editor.window.mouseMove(150, 90, 1);
+            EXPECT_TRUE(child<ButtonView>(editor, 0).pressed());
+        }
+        window.topHelper()->key(Key::escape);
+    };
+    editor.window.mouseDown(20, 20);
+    EXPECT_TRUE(moved);
+    EXPECT_FALSE(child<ButtonView>(editor, 0).pressed());
+    EXPECT_EQ(editor.host.performed, (Log{"up "}));
+    editor.window.mouseUp(150, 90);
+    EXPECT_EQ(editor.host.performed, (Log{"up "}));
+}
+
 TEST(Button, PressMaskFiresOnTheWayDownTheDefaultOnlyOnAReleaseInside) {
     Editor editor;
     editor.load(R"(views: {
