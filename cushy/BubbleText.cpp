@@ -88,8 +88,9 @@ std::vector<BubbleItem> scanBubbleText(const std::string& text, std::int32_t def
         item.kind = BubbleItem::word;
         item.text = fromUtf8(word);
         item.style = styles.back().second;
-        items.push_back(std::move(item));
         word.clear();
+        // Bytes that are no text at all make no word.
+        if (!item.text.empty()) items.push_back(std::move(item));
     };
     const auto push = [&](BubbleItem item) {
         flush();
