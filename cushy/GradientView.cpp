@@ -4,6 +4,8 @@
 #include "graphics/CanvasTarget.h"
 #include "graphics/FillRule.h"
 #include "graphics/GradientPaint.h"
+#include "graphics/Image.h"
+#include "graphics/PaintTarget.h"
 #include "graphics/PolygonMask.h"
 #include "platform/Exception.h"
 #include "speclang/SpecColor.h"
@@ -12,6 +14,30 @@
 #include <algorithm>
 
 namespace tw {
+
+namespace {
+
+// The view's canvas, met by the view's blend mode: the gradient adds or multiplies as the
+// rectangle's fill does.
+class BlendTarget : public PaintTarget {
+public:
+    BlendTarget(Raster32& canvas, BlendMode mode) : canvas_(canvas), mode_(mode) {}
+
+    PaintKind paintKind() const override { return PaintKind::colour; }
+    void drawPixels(Renderer32& pixels) override {
+        const IntRect area = intersectionOf(pixels.calcBounds(), canvas_.bounds());
+        if (!area.isEmpty()) compositeOnto(canvas_, pixels, area, area.left, area.top, mode_, 255);
+    }
+    void drawMask(Renderer8&) override {}
+    void defineBounds(const IntRect&) override {}
+    IntRect getBounds() const override { return canvas_.bounds(); }
+
+private:
+    Raster32& canvas_;
+    BlendMode mode_;
+};
+
+}  // namespace
 
 GradientView::GradientView(const IntRect& rect, const SpecMap& spec)
     : frame_(parseStroke(lookup(spec, "frame"), 0xFF000000)), blend_(parseBlendMode(lookup(spec, "blend"))),
@@ -47,10 +73,16 @@ void GradientView::paint(Raster32& canvas, const IntRect&) {
     const double inset = frame_.width / 2;
     shape.addRoundedRect(inset, inset, size_.width - 2 * inset, size_.height - 2 * inset, rx, ry, 1);
     PolygonMask mask(shape, canvas.bounds(), FillRule::nonZero());
-    CanvasTarget target(canvas);
     PaintStyle style;
     style.paint = paint_;
-    paint_->draw(style, Matrix::identity(), target, RealRect{0, 0, double(size_.width), double(size_.height)}, mask);
+    const RealRect box{0, 0, double(size_.width), double(size_.height)};
+    if (blend_ == BlendMode::normal) {
+        CanvasTarget target(canvas);
+        paint_->draw(style, Matrix::identity(), target, box, mask);
+    } else {
+        BlendTarget target(canvas, blend_);
+        paint_->draw(style, Matrix::identity(), target, box, mask);
+    }
     strokeShape(canvas, shape, frame_, blend_);
 }
 

@@ -56,6 +56,19 @@ TEST(Gradient, StopsKeptInOrderAndDrawnLinearOrRadial) {
               "No stops defined for gradient");
 }
 
+TEST(Gradient, MultiplyMeetsWhatLiesBelow) {
+    Editor editor;
+    editor.load(R"(views: {
+      { type: rectangle, bounds: { 0, 0, 20, 20 }, fill: { 200, 100, 50 } },
+      { type: gradient, bounds: { 0, 0, 20, 20 }, start: { 0, 0 }, blend: multiply, stops: { { 0, { 128, 255, 0 } } } } })");
+    editor.attach();
+    editor.window.paintAll();
+    const std::uint32_t p = pixel(editor, 10, 10);
+    EXPECT_NEAR(double(p >> 16 & 0xFF), 100, 1);
+    EXPECT_NEAR(double(p >> 8 & 0xFF), 100, 1);
+    EXPECT_EQ(p & 0xFF, 0u);
+}
+
 // ---- vector
 
 TEST(Vector, ASourceBlockLosesItsBraces) {
