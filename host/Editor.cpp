@@ -1,12 +1,34 @@
 #include "host/Editor.h"
 
-#include "host/TestPicture.h"
+#include "cushy/StringTable.h"
+#include "graphics/ResourceManager.h"
+#include "model/ModelFactory.h"
 #include "platform/Folders.h"
 
 namespace tw {
 
-Editor::Editor(ModelFactory& factory) : factory_(factory) {
-    const IntRect bounds = factory_.getEditorSize();
+namespace {
+
+// The pictures, fonts and translations of the product, shared by every editor of the
+// process and kept for its life.
+struct SharedResources {
+    ResourceManager resources;
+    StringTable strings;
+
+    explicit SharedResources(const std::string& modelName) : resources(modelName, binaryDir()) {
+        strings.load(resources, modelName);
+    }
+};
+
+SharedResources& sharedResources(const std::string& modelName) {
+    static SharedResources shared(modelName);
+    return shared;
+}
+
+}  // namespace
+
+Editor::Editor(ModelServices& services) : services_(services) {
+    const IntRect bounds = services_.getFactory().getEditorSize();
     rect_.left = static_cast<vst2::int16>(bounds.left);
     rect_.top = static_cast<vst2::int16>(bounds.top);
     rect_.right = static_cast<vst2::int16>(bounds.left + bounds.width);
@@ -16,8 +38,15 @@ Editor::Editor(ModelFactory& factory) : factory_(factory) {
 Editor::~Editor() {
     // The host ends the instance without closing the editor, or while a call of ours is
     // still under way: the windows go now all the same.
-    window_.reset();
+    Open{std::move(controller_), std::move(window_)}.end();
+    for (Open& open : closing_) open.end();
     closing_.clear();
+}
+
+void Editor::Open::end() {
+    if (controller) controller->close();
+    window.reset();
+    controller.reset();
 }
 
 vst2::intptr Editor::dispatch(vst2::int32 opcode, vst2::intptr, void* ptr) {
@@ -41,29 +70,43 @@ vst2::intptr Editor::dispatch(vst2::int32 opcode, vst2::intptr, void* ptr) {
 
 bool Editor::open(void* parent) {
     close();
-    const ModelDescriptor& d = factory_.getDescriptor();
+    const ModelFactory& factory = services_.getFactory();
+    SharedResources& shared = sharedResources(factory.getDescriptor().modelName);
     const std::int32_t width = rect_.right - rect_.left, height = rect_.bottom - rect_.top;
-    auto picture = std::make_unique<TestPicture>(width, height, d.modelName, d.publicName, binaryDir());
-    window_ = EditorWindow::open(*picture, reinterpret_cast<std::uintptr_t>(parent), width, height);
-    picture_ = std::move(picture);
+    auto controller = factory.createController(services_, shared.resources, shared.strings);
+    window_ = EditorWindow::open(controller->client(), reinterpret_cast<std::uintptr_t>(parent), width, height);
+    controller_ = std::move(controller);
+    controller_->open(window_.get());
     return true;
 }
 
 void Editor::close() {
-    if (!window_) return;
-    if (window_->busy()) {
-        window_->abandon();
-        closing_.emplace_back(std::move(picture_), std::move(window_));
+    if (!controller_) return;
+    try {
+        controller_->saveChanges();
+    } catch (const std::exception&) {
+        // The startup bank is a convenience: a store that can't be written loses the
+        // session's changes for the next start, and nothing else.
+    }
+    Open closed{std::move(controller_), std::move(window_)};
+    if (closed.window && closed.window->busy()) {
+        closed.window->abandon();
+        closing_.push_back(std::move(closed));
     } else {
-        window_.reset();
-        picture_.reset();
+        closed.end();
     }
     reap();
 }
 
 void Editor::reap() {
-    for (auto it = closing_.begin(); it != closing_.end();)
-        it = it->second->busy() ? it + 1 : closing_.erase(it);
+    for (auto it = closing_.begin(); it != closing_.end();) {
+        if (it->window->busy()) {
+            ++it;
+        } else {
+            it->end();
+            it = closing_.erase(it);
+        }
+    }
 }
 
 }  // namespace tw

@@ -9,16 +9,15 @@
 #include <vector>
 
 #include "host/Vst2.h"
-#include "model/ModelFactory.h"
+#include "model/ModelController.h"
+#include "model/ModelServices.h"
 #include "platform/EditorWindow.h"
 
 namespace tw {
 
-class TestPicture;
-
 class Editor {
 public:
-    explicit Editor(ModelFactory& factory);
+    explicit Editor(ModelServices& services);
     ~Editor();
     Editor(const Editor&) = delete;
     Editor& operator=(const Editor&) = delete;
@@ -28,6 +27,7 @@ public:
 
     bool isOpen() const { return window_ != nullptr; }
     EditorWindow* window() { return window_.get(); }
+    ModelController* controller() { return controller_.get(); }
 
 private:
     bool open(void* parent);
@@ -35,12 +35,19 @@ private:
     // Destroys the windows that were closed while busy, once they no longer are.
     void reap();
 
-    ModelFactory& factory_;
+    struct Open {
+        std::unique_ptr<ModelController> controller;
+        std::unique_ptr<EditorWindow> window;
+        // Detaches the controller, then destroys the window before the controller it shows.
+        void end();
+    };
+
+    ModelServices& services_;
     vst2::ERect rect_{};
-    std::unique_ptr<TestPicture> picture_;
+    std::unique_ptr<ModelController> controller_;
     std::unique_ptr<EditorWindow> window_;
     // Closed by the host from inside one of their own calls; destroyed when it returns.
-    std::vector<std::pair<std::unique_ptr<TestPicture>, std::unique_ptr<EditorWindow>>> closing_;
+    std::vector<Open> closing_;
 };
 
 }  // namespace tw

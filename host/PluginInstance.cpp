@@ -136,7 +136,7 @@ PluginInstance::PluginInstance(vst2::HostCallback host, std::unique_ptr<ModelFac
     processor_ = factory_->createProcessor(instanceNumber_);
     feedbackSink_ = factory_->createFeedbackSink();
     if (!factory_->getEditorSize().isEmpty()) {
-        editor_ = std::make_unique<Editor>(*factory_);
+        editor_ = std::make_unique<Editor>(*this);
         effect_.flags |= vst2::effFlagsHasEditor;
     }
 

@@ -1,5 +1,6 @@
 #include "model/ModelFactory.h"
 
+#include "model/ModelController.h"
 #include "model/ParameterText.h"
 
 namespace tw {
@@ -14,6 +15,11 @@ std::unique_ptr<Patch> ModelFactory::createInitPatch() const {
 }
 
 std::unique_ptr<FeedbackSink> ModelFactory::createFeedbackSink() const { return std::make_unique<FeedbackSink>(); }
+
+std::unique_ptr<ModelController> ModelFactory::createController(ModelServices& services, ResourceManager& resources,
+                                                                StringTable& translator) const {
+    return std::make_unique<ModelController>(services, resources, translator);
+}
 
 std::string ModelFactory::valueToText(const Patch&, int id, float value, bool precise) const {
     return formatGeneric(getDescriptor().parameters[static_cast<std::size_t>(id)], value, precise);

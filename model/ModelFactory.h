@@ -16,6 +16,11 @@
 
 namespace tw {
 
+class ModelController;
+class ModelServices;
+class ResourceManager;
+class StringTable;
+
 class ModelFactory {
 public:
     virtual ~ModelFactory() = default;
@@ -28,6 +33,9 @@ public:
     // which then tells the host that it has none.
     virtual IntRect getEditorSize() const { return {}; }
     virtual std::unique_ptr<FeedbackSink> createFeedbackSink() const;
+    // The controller of one open editor; the product's own when it has actions of its own.
+    virtual std::unique_ptr<ModelController> createController(ModelServices& services, ResourceManager& resources,
+                                                              StringTable& translator) const;
 
     // Text of a parameter value: the display form, or with `precise` the full form that
     // reads back to the same value. Rows may depend on other values of `patch`.

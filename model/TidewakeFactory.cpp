@@ -1,6 +1,7 @@
 #include "model/TidewakeFactory.h"
 
 #include "model/ShifterProcessor.h"
+#include "model/TidewakeController.h"
 #include "model/TidewakeDescriptor.h"
 #include "model/TidewakeParameterText.h"
 
@@ -22,6 +23,11 @@ bool TidewakeFactory::textToValue(const Patch& patch, int id, std::string_view t
 
 float TidewakeFactory::constrainValue(const Patch& patch, int id, float value) const {
     return tidewakeConstrainValue(patch, id, value);
+}
+
+std::unique_ptr<ModelController> TidewakeFactory::createController(ModelServices& services, ResourceManager& resources,
+                                                                   StringTable& translator) const {
+    return std::make_unique<TidewakeController>(services, resources, translator);
 }
 
 }  // namespace tw
