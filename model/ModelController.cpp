@@ -147,7 +147,10 @@ void ModelController::open(Window* window) {
 // A main layout that does not build leaves a plain page with the error on it: a message box
 // here would run a modal loop inside the host's open call.
 void ModelController::showLayoutError(const std::string& message) {
-    variables_["layoutError"] = replaceMark(translate("Error: ^E"), "^E", translate(message));
+    std::string text = replaceMark(translate("Error: ^E"), "^E", translate(message));
+    for (char& c : text)
+        if (c == '\n') c = ' ';
+    variables_["layoutError"] = text;
     rootView_->load("");
     const IntRect bounds = factory_.getEditorSize();
     rootView_->build(parseMap("views: { { type: rectangle, fill: { 240, 240, 240 } } { type: caption, bounds: { 12, 12, " +
