@@ -10,6 +10,7 @@
 
 #include "cushy/CushyView.h"
 #include "cushy/StringTable.h"
+#include "cushy/doubles/WindowDouble.h"
 #include "graphics/ResourceManager.h"
 #include "model/ModelController.h"
 #include "model/StartupBank.h"
@@ -239,6 +240,38 @@ TEST_F(Controller, TheHostsChangesShowAfterOneFastTick) {
     controller->fastTick();
     EXPECT_NE(get("patch.name"), first);
     EXPECT_EQ(get("patch.name"), instance().clonePatch(3)->getName());
+
+    // A chunk from the host replaces the patch object itself.
+    instance().setParameter(3, Param::wetMix, 0.5f);
+    void* data = nullptr;
+    const auto size = instance().getChunk(&data, true);
+    const std::string chunk(static_cast<const char*>(data), static_cast<std::size_t>(size));
+    instance().setParameter(3, Param::wetMix, 0.75f);
+    controller->fastTick();
+    EXPECT_EQ(get("params.wetMix"), "0.75");
+    ASSERT_EQ(instance().setChunk(chunk.data(), size, true), size);
+    EXPECT_EQ(get("params.wetMix"), "0.75");
+    controller->fastTick();
+    EXPECT_EQ(get("params.wetMix"), "0.5");
+}
+
+TEST(ControllerInAWindow, PollsThroughTheWindowsTimersUntilClosed) {
+    TestHost host;
+    PluginInstance& instance = host.instance();
+    auto controller = instance.getFactory().createController(instance, resources(), strings());
+    WindowDouble window(controller->client(), 525, 475);
+    controller->open(&window);
+    EXPECT_TRUE(window.timers().isScheduled(controller.get(), ModelController::fastTimer));
+    EXPECT_TRUE(window.timers().isScheduled(controller.get(), ModelController::slowTimer));
+    instance.setParameter(0, Param::wetMix, 0.5f);
+    window.advance(11);
+    EXPECT_EQ(controller->getVariable(controller->rootView(), "params.wetMix"), "0.5");
+    instance.setParameter(0, Param::wetMix, 0.25f);
+    window.advance(600);
+    EXPECT_EQ(controller->getVariable(controller->rootView(), "params.wetMix"), "0.25") << "the timer re-arms itself";
+    controller->close();
+    EXPECT_FALSE(window.timers().isScheduled(controller.get(), ModelController::fastTimer));
+    EXPECT_FALSE(window.timers().isScheduled(controller.get(), ModelController::slowTimer));
 }
 
 // ---- Undo ----
