@@ -71,7 +71,6 @@ public:
 
     std::size_t undoSize() const { return undoStack_.size(); }
     std::size_t undoPosition() const { return undoPosition_; }
-    const std::deque<UndoRecord>& undoStack() const { return undoStack_; }
 
     // CushyHost.
     std::string title() override;
@@ -95,8 +94,6 @@ public:
 
 protected:
     ModelServices& services() { return services_; }
-    const ModelFactory& factory() const { return factory_; }
-    int currentProgram() const { return currentProgram_; }
     // The parameter's row number, or -1.
     int parameterNumber(std::string_view name) const;
     // The current program's patch as this refresh sees it, cloned on first use.
