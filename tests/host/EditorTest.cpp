@@ -1,16 +1,22 @@
 // The plug-in's editor through the host's editor calls, against a real X server: the
 // main layout reaches the host's window, several instances keep editors open at once,
-// the host may destroy its window first, and opening and closing leaves nothing behind.
+// the host may destroy its window first, opening and closing leaves nothing behind, and
+// closing keeps the session's changes in the startup bank.
 #include <gtest/gtest.h>
 
 #include <X11/Xutil.h>
 #include <dirent.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <string>
 
+#include "model/StartupBank.h"
+#include "model/TidewakeDescriptor.h"
+#include "platform/Folders.h"
+#include "platform/SharedStore.h"
 #include "tests/XServer.h"
 #include "tests/host/TestHost.h"
 
@@ -149,6 +155,29 @@ TEST_F(Editor, OpeningAndClosingAHundredTimesLeavesNothingBehind) {
     EXPECT_EQ(openFiles(), files) << "every connection closed";
     EXPECT_EQ(sharedSegments(), segments) << "every shared image released";
     EXPECT_EQ(parent.children(), 0u) << "every window destroyed";
+}
+
+TEST_F(Editor, ClosingWritesTheStartupBankOnlyAfterAChange) {
+    const std::string store = sharedStoreFile().toString();
+    std::remove(store.c_str());
+    TestHost host;
+    ParentWindow parent;
+    ASSERT_EQ(host.dispatch(vst2::effEditOpen, 0, 0, parent.handle()), 1);
+    host.dispatch(vst2::effEditIdle);
+    host.dispatch(vst2::effEditClose);
+    EXPECT_FALSE(std::ifstream(store).good()) << "nothing changed, nothing written";
+
+    ASSERT_EQ(host.dispatch(vst2::effEditOpen, 0, 0, parent.handle()), 1);
+    host.instance().setParameter(2, Param::wetMix, 0.25f);
+    host.dispatch(vst2::effEditIdle);
+    host.dispatch(vst2::effEditClose);
+    std::vector<std::string> texts;
+    int current = -1;
+    ASSERT_TRUE(readStartupBank(tidewakeDescriptor(), SharedStore(sharedStoreFile()), texts, current));
+    EXPECT_EQ(current, 0);
+    EXPECT_TRUE(texts.at(0).empty());
+    EXPECT_NE(texts.at(2).find("wetMix"), std::string::npos);
+    std::remove(store.c_str());
 }
 
 TEST(EditorWithoutDisplay, OpeningAnswersZeroAndClosingStillWorks) {
