@@ -274,6 +274,35 @@ TEST(ControllerInAWindow, PollsThroughTheWindowsTimersUntilClosed) {
     EXPECT_FALSE(window.timers().isScheduled(controller.get(), ModelController::slowTimer));
 }
 
+TEST(ControllerInAWindow, AKnobDragInTheMainLayoutReachesTheHostAndUndoTakesItBack) {
+    TestHost host;
+    PluginInstance& instance = host.instance();
+    auto controller = instance.getFactory().createController(instance, resources(), strings());
+    WindowDouble window(controller->client(), 525, 475);
+    controller->open(&window);
+    ASSERT_EQ(controller->rootView().currentLayout(), "Tidewake_main");
+    host.calls.clear();
+
+    // The wet mix knob, in the third row, is centred at (261, 300); down lowers it.
+    window.mouseDown(261, 300);
+    for (int y = 310; y <= 360; y += 10) window.mouseMove(261, y, 1u << leftButton);
+    window.mouseUp(261, 360);
+    const float dragged = instance.getParameter(0, Param::wetMix);
+    EXPECT_LT(dragged, 0.9f);
+    ASSERT_GE(host.calls.size(), 3u);
+    EXPECT_EQ(host.calls.front().opcode, vst2::audioMasterBeginEdit);
+    EXPECT_EQ(host.calls.back().opcode, vst2::audioMasterEndEdit);
+    for (const HostCall& c : host.calls) EXPECT_EQ(c.index, instance.hostIndex(Param::wetMix));
+    EXPECT_FLOAT_EQ(host.callsOf(vst2::audioMasterAutomate).back().opt, dragged);
+    EXPECT_EQ(controller->undoSize(), 1u);
+
+    window.advance(11);  // the Undo button enables at the refresh
+    window.mouseDown(41, 53);
+    window.mouseUp(41, 53);
+    EXPECT_EQ(instance.getParameter(0, Param::wetMix), 1.0f);
+    controller->close();
+}
+
 // ---- Undo ----
 
 TEST_F(Controller, UndoIsEmptyAfterOpenAndGreysOut) {
