@@ -547,6 +547,8 @@ void X11Window::refreshModifiers() {
     int rx = 0, ry = 0, x = 0, y = 0;
     unsigned state = 0;
     if (!XQueryPointer(session_->connection->display(), window_, &rootOut, &child, &rx, &ry, &x, &y, &state)) return;
+    // A pointer that is not over the window has no hover here to refresh.
+    if (x < 0 || y < 0 || x >= width() || y >= height()) return;
     if ((state & modifierMask) == modifiers_) return;
     modifiers_ = state & modifierMask;
     client_.modifiersChanged(mouseEvent(x, y, state));
