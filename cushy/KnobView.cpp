@@ -27,7 +27,8 @@ constexpr std::int32_t wheelPixels = 8;
 
 KnobView::KnobView(CushyView& layout, const IntRect& rect, const SpecMap& spec)
     : layout_(layout), variable_(unquote(lookup(spec, "variable"))),
-      readOnlyKey_(toBool(lookup(spec, "readonly"), false)), readOnly_(readOnlyKey_) {
+      readOnlyKey_(toBool(lookup(spec, "readonly"), false)), readOnly_(readOnlyKey_),
+      wheel_(layout, variable_, [this] { syncNow(); }) {
     CushyHost& host = layout.host();
     const auto [lower, upper] = parsePair(lookup(spec, "range"), {0, 1});
     value_.lower = lower, value_.upper = upper;
@@ -152,7 +153,7 @@ void KnobView::paint(Raster32& canvas, const IntRect&) {
 void KnobView::change(double value) {
     if (!value_.set(value)) return;
     invalidateAll();
-    if (dragging_ || wheeling_) layout_.host().setVariable(layout_, variable_, formatVariableNumber(value_.value), true);
+    if (dragging_ || wheel_.active()) layout_.host().setVariable(layout_, variable_, formatVariableNumber(value_.value), true);
     if (dragging_ && hintWindow_) hintWindow_->textChanged(*this, hintTextNow());
 }
 
@@ -212,7 +213,7 @@ bool KnobView::mouseDown(const MouseEvent& event) {
         if (dx * dx + dy * dy > capRadius_ * capRadius_) return false;
     }
     const ViewRef keep = weak_from_this().lock();
-    if (wheeling_) endWheelGesture();
+    wheel_.end();
     grab(event, event.ctrl);
     captureMouse();
     if (hintWindow_ && !hintText_.empty())
@@ -264,45 +265,18 @@ bool KnobView::mouseWheel(const MouseEvent& event) {
     // A notch is at least a few pixels of drag, so a plain knob doesn't crawl.
     const double pixels = std::max(resolution_, wheelPixels) / double(resolution_);
     const double perNotch = std::floor(pixels + 0.5) * (event.shift ? fine : step);
-    if (!wheeling_) {
-        wheeling_ = true;
-        layout_.host().beginEnd(layout_, variable_, true);
-    }
+    wheel_.begin();
     const double before = value_.value;
     double value = before + (value_.upper - value_.lower) * perNotch * event.wheel;
     // The wheel stops on the snap point on its way past.
     if (snapValue_ && before != *snapValue_ && (before < *snapValue_) != (value < *snapValue_)) value = *snapValue_;
     change(value);
-    if (window_ != nullptr) {
-        timerPending_ = true;
-        window_->timers().cancel(this, wheelEndTimer);
-        window_->timers().schedule(this, wheelEndTimer, window_->timers().now() + wheelGestureMs);
-    }
+    wheel_.rearm(window_);
     return true;
 }
 
-void KnobView::endWheelGesture() {
-    if (!wheeling_) return;
-    wheeling_ = false;
-    if (window_ != nullptr) window_->timers().cancel(this, wheelEndTimer);
-    timerPending_ = false;
-    layout_.host().beginEnd(layout_, variable_, false);
-    syncNow();
-}
-
-void KnobView::timerFired(TimerQueue&, std::uint32_t, std::uint32_t, int id) {
-    if (id == wheelEndTimer) {
-        timerPending_ = false;
-        endWheelGesture();
-    }
-}
-
 void KnobView::detached(Window& window) {
-    if (wheeling_) {
-        wheeling_ = false;
-        window.timers().cancel(this, wheelEndTimer);
-        layout_.host().beginEnd(layout_, variable_, false);
-    }
+    wheel_.drop(window);
     HintedView::detached(window);
 }
 

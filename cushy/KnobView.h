@@ -19,7 +19,7 @@
 #include "cushy/HintedView.h"
 #include "cushy/Stroke.h"
 #include "cushy/VariableReading.h"
-#include "platform/TimerQueue.h"
+#include "cushy/WheelGesture.h"
 #include "speclang/SpecLanguage.h"
 
 namespace tw {
@@ -28,12 +28,8 @@ class CushyView;
 class Film;
 class Image;
 
-class KnobView : public HintedView, public ValueControl, public TimerHandler {
+class KnobView : public HintedView, public ValueControl {
 public:
-    // Ends a run of wheel notches as one gesture.
-    static constexpr int wheelEndTimer = 1;
-    static constexpr std::uint32_t wheelGestureMs = 500;
-
     // Reads every key of a knob; throws the readers' faults.
     KnobView(CushyView& layout, const IntRect& rect, const SpecMap& spec);
     ~KnobView() override;
@@ -47,7 +43,6 @@ public:
     void releaseCapture() override;
     void detached(Window& window) override;
     std::string valueText() override { return formatVariableNumber(value_.value); }
-    void timerFired(TimerQueue& queue, std::uint32_t due, std::uint32_t now, int id) override;
 
     const std::string& variableName() const override { return variable_; }
     double defaultValue() const override { return value_.defaultValue; }
@@ -72,7 +67,6 @@ private:
     double angleValue(const MouseEvent& event) const;
     double snapped(double value, double step) const;
     double angleOf(double value) const;
-    void endWheelGesture();
     void syncNow();
 
     CushyView& layout_;
@@ -102,7 +96,7 @@ private:
     std::int32_t filmX_ = 0, filmY_ = 0;
     Grab grab_;
     bool dragging_ = false;
-    bool wheeling_ = false;
+    WheelGesture wheel_;
 };
 
 }  // namespace tw

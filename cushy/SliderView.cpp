@@ -44,7 +44,7 @@ double capRoundness(const std::string& raw) {
 SliderView::SliderView(CushyView& layout, const IntRect& rect, const SpecMap& spec)
     : layout_(layout), variable_(unquote(lookup(spec, "variable"))),
       readOnlyKey_(toBool(lookup(spec, "readonly"), false)), readOnly_(readOnlyKey_),
-      fineRatio_(evaluateDouble(lookup(spec, "fineRatio"), 10) / 100) {
+      fineRatio_(evaluateDouble(lookup(spec, "fineRatio"), 10) / 100), wheel_(layout, variable_, [this] { syncNow(); }) {
     CushyHost& host = layout.host();
     const auto [lower, upper] = parsePair(lookup(spec, "range"), {0, 1});
     value_.lower = lower, value_.upper = upper;
@@ -160,7 +160,7 @@ void SliderView::change(double value) {
     }
     if (!value_.set(value)) return;
     invalidateAll();
-    if (dragging_ || wheeling_) layout_.host().setVariable(layout_, variable_, formatVariableNumber(value_.value), true);
+    if (dragging_ || wheel_.active()) layout_.host().setVariable(layout_, variable_, formatVariableNumber(value_.value), true);
     if (dragging_ && hintWindow_) hintWindow_->textChanged(*this, hintTextNow());
 }
 
@@ -175,7 +175,7 @@ void SliderView::syncNow() {
 bool SliderView::mouseDown(const MouseEvent& event) {
     if (event.button != leftButton || readOnly_) return false;
     const ViewRef keep = weak_from_this().lock();
-    if (wheeling_) endWheelGesture();
+    wheel_.end();
     grabFraction_ = fractionAt(event.x + 0.5, event.y + 0.5);
     grabValue_ = value_.value;
     grabShift_ = event.shift, grabCtrl_ = event.ctrl;
@@ -225,42 +225,15 @@ void SliderView::releaseCapture() {
 
 bool SliderView::mouseWheel(const MouseEvent& event) {
     if (readOnly_ || dragging_ || event.wheel == 0) return false;
-    if (!wheeling_) {
-        wheeling_ = true;
-        layout_.host().beginEnd(layout_, variable_, true);
-    }
+    wheel_.begin();
     const double step = wheelPixels / length_ * (event.shift ? fineRatio_ : 1);
     change(value_.value + step * event.wheel * (value_.upper - value_.lower));
-    if (window_ != nullptr) {
-        timerPending_ = true;
-        window_->timers().cancel(this, wheelEndTimer);
-        window_->timers().schedule(this, wheelEndTimer, window_->timers().now() + wheelGestureMs);
-    }
+    wheel_.rearm(window_);
     return true;
 }
 
-void SliderView::endWheelGesture() {
-    if (!wheeling_) return;
-    wheeling_ = false;
-    if (window_ != nullptr) window_->timers().cancel(this, wheelEndTimer);
-    timerPending_ = false;
-    layout_.host().beginEnd(layout_, variable_, false);
-    syncNow();
-}
-
-void SliderView::timerFired(TimerQueue&, std::uint32_t, std::uint32_t, int id) {
-    if (id == wheelEndTimer) {
-        timerPending_ = false;
-        endWheelGesture();
-    }
-}
-
 void SliderView::detached(Window& window) {
-    if (wheeling_) {
-        wheeling_ = false;
-        window.timers().cancel(this, wheelEndTimer);
-        layout_.host().beginEnd(layout_, variable_, false);
-    }
+    wheel_.drop(window);
     HintedView::detached(window);
 }
 

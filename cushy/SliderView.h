@@ -19,7 +19,7 @@
 #include "cushy/HintedView.h"
 #include "cushy/VariableReading.h"
 #include "graphics/Matrix.h"
-#include "platform/TimerQueue.h"
+#include "cushy/WheelGesture.h"
 #include "speclang/SpecLanguage.h"
 
 namespace tw {
@@ -28,11 +28,8 @@ class CushyView;
 class Film;
 class Image;
 
-class SliderView : public HintedView, public ValueControl, public TimerHandler {
+class SliderView : public HintedView, public ValueControl {
 public:
-    static constexpr int wheelEndTimer = 1;
-    static constexpr std::uint32_t wheelGestureMs = 500;
-
     // Throws FormatException "Unsupported cap roundness: " with the value, or the
     // readers' faults.
     SliderView(CushyView& layout, const IntRect& rect, const SpecMap& spec);
@@ -47,7 +44,6 @@ public:
     void releaseCapture() override;
     void detached(Window& window) override;
     std::string valueText() override { return formatVariableNumber(value_.value); }
-    void timerFired(TimerQueue& queue, std::uint32_t due, std::uint32_t now, int id) override;
 
     const std::string& variableName() const override { return variable_; }
     double defaultValue() const override { return value_.defaultValue; }
@@ -63,7 +59,6 @@ private:
     double fractionAt(double x, double y) const;
     void change(double value);
     void syncNow();
-    void endWheelGesture();
 
     CushyView& layout_;
     std::string variable_;
@@ -87,7 +82,7 @@ private:
     double grabFraction_ = 0, grabValue_ = 0;
     bool grabShift_ = false, grabCtrl_ = false;
     bool dragging_ = false;
-    bool wheeling_ = false;
+    WheelGesture wheel_;
 };
 
 }  // namespace tw

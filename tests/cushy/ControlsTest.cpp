@@ -433,7 +433,7 @@ TEST(Knob, WheelNotchesAreOneGesture) {
     editor.window.advance(100);
     editor.window.mouseWheel(30, 30, 1);
     EXPECT_EQ(editor.host.writes, (Log{"begin v", "v=0.54 continuous", "v=0.58 continuous"}));
-    editor.window.advance(KnobView::wheelGestureMs - 1);
+    editor.window.advance(WheelGesture::idleMilliseconds - 1);
     EXPECT_EQ(editor.host.writes.size(), 3u);
     editor.window.advance(1);
     EXPECT_EQ(editor.host.writes.back(), "end v");
@@ -443,7 +443,7 @@ TEST(Knob, WheelNotchesAreOneGesture) {
     editor.root->refresh();
     editor.window.setModifiers(true, false, false);
     editor.window.mouseWheel(30, 30, -1);
-    editor.window.advance(KnobView::wheelGestureMs);
+    editor.window.advance(WheelGesture::idleMilliseconds);
     EXPECT_EQ(editor.host.writes, (Log{"begin v", "v=0.496 continuous", "end v"}));
 }
 
