@@ -1,7 +1,9 @@
-// What the editor's polling costs over a real plug-in instance, against a plain clone of the
-// patch measured in the same run: a fast tick when nothing changed (it runs every 11 ms),
-// and a fast tick after the host changed a parameter, which takes a new snapshot and
-// refreshes the plain main layout: 19 controls, their live values and the buttons' states.
+// What the editor costs over a real plug-in instance with the product's main layout. The
+// polling, against a plain clone of the patch measured in the same run: a fast tick when
+// nothing changed (it runs every 11 ms), and a fast tick after the host changed a
+// parameter, which takes a new snapshot and refreshes every control, live value and
+// button state. The painting, against a plain copy of the window's pixels: a full repaint
+// of the face, and what one turn of the delay-time knob repaints.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -9,8 +11,12 @@
 #include <stdexcept>
 #include <string>
 
+#include <cstring>
+#include <vector>
+
 #include "cushy/CushyView.h"
 #include "cushy/StringTable.h"
+#include "cushy/doubles/WindowDouble.h"
 #include "graphics/ResourceManager.h"
 #include "host/Entry.h"
 #include "host/PluginInstance.h"
@@ -33,13 +39,19 @@ struct Editor {
     PluginInstance& instance = *PluginInstance::of(effect);
     std::unique_ptr<ModelController> controller;
 
-    Editor() {
+    std::unique_ptr<WindowDouble> window;
+
+    // With `painted`, the editor opens in a window of its size and paints once.
+    explicit Editor(bool painted = false) {
         strings.load(resources, "Tidewake");
         controller = instance.getFactory().createController(instance, resources, strings);
-        controller->open(nullptr);
+        if (painted) window = std::make_unique<WindowDouble>(controller->client(), 525, 475);
+        controller->open(window.get());
         if (controller->rootView().currentLayout() != "Tidewake_main") throw std::runtime_error("no main layout");
+        if (window) window->paintAll();
     }
     ~Editor() {
+        if (controller) controller->close();
         controller.reset();
         effect->dispatcher(effect, vst2::effClose, 0, 0, nullptr, 0);
     }
@@ -68,6 +80,48 @@ void updateAfterChange(benchmark::State& state) {
 }
 BENCHMARK(updateAfterChange);
 
+void plainWindowCopy(benchmark::State& state) {
+    std::vector<std::uint32_t> from(525 * 475, 0xFF102436), to(from.size());
+    for (auto _ : state) {
+        std::memcpy(to.data(), from.data(), from.size() * 4);
+        benchmark::DoNotOptimize(to.data());
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(plainWindowCopy);
+
+void fullRepaint(benchmark::State& state) {
+    Editor editor(true);
+    for (auto _ : state) editor.window->paintAll();
+}
+BENCHMARK(fullRepaint);
+
+// Pixels repainted for one turn of the delay-time knob, against the whole window.
+double turnArea = 0;
+
+// One step of a drag on the delay-time knob as the screen sees it: the value changes,
+// the next fast tick refreshes, and what that invalidated is painted.
+void delayKnobTurn(benchmark::State& state) {
+    Editor editor(true);
+    float value = 0.25f;
+    auto turn = [&] {
+        value = 0.75f - value + 0.25f;
+        editor.controller->setVariable(editor.controller->rootView(), "params.delayTime", std::to_string(value), false);
+        editor.controller->fastTick();
+    };
+    editor.window->clearInvalidations();
+    turn();
+    std::int64_t area = 0;
+    for (const IntRect& r : editor.window->invalidations()) area += std::int64_t(r.width) * r.height;
+    turnArea = double(area) / (525.0 * 475.0);
+    editor.window->paintInvalid();
+    for (auto _ : state) {
+        turn();
+        editor.window->paintInvalid();
+    }
+}
+BENCHMARK(delayKnobTurn);
+
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
     std::map<std::string, double> times;
@@ -86,8 +140,14 @@ int main(int argc, char** argv) {
     const double clone = reporter.times["clonePatch"];
     if (clone > 0) {
         std::printf("fastTickUnchanged %8.2f x clonePatch\n", reporter.times["fastTickUnchanged"] / clone);
-        std::printf("updateAfterChange %8.2f x clonePatch (the plain main layout)\n",
+        std::printf("updateAfterChange %8.2f x clonePatch (the main layout)\n",
                     reporter.times["updateAfterChange"] / clone);
+    }
+    const double copy = reporter.times["plainWindowCopy"], full = reporter.times["fullRepaint"];
+    if (copy > 0 && full > 0) {
+        std::printf("fullRepaint %8.2f x plainWindowCopy (525 x 475; %.3f ms)\n", full / copy, full / 1e6);
+        std::printf("delayKnobTurn %8.3f x fullRepaint; it invalidates %.3f of the window\n",
+                    reporter.times["delayKnobTurn"] / full, turnArea);
     }
     benchmark::Shutdown();
     return 0;

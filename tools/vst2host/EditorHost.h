@@ -33,6 +33,8 @@ public:
     int height() const { return height_; }
     // Runs the host's loop for `seconds`, or until the window is closed when 0.
     void run(double seconds);
+    // Whether the user closed the host's window.
+    bool closed() const { return closed_; }
     // Runs the loop until a pixel of the window differs from the parent's own background,
     // at most `seconds`; answers the milliseconds from the editor's opening, or -1.
     double waitForFirstFrame(double seconds);

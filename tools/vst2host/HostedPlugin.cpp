@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include "host/VendorProtocol.h"
 
@@ -86,8 +87,17 @@ vst2::intptr HostedPlugin::callback(vst2::AEffect* effect, vst2::int32 opcode, v
     return self ? self->answer(opcode, index, value, ptr, opt) : 0;
 }
 
-vst2::intptr HostedPlugin::answer(vst2::int32 opcode, vst2::int32, vst2::intptr, void*, float) {
+vst2::intptr HostedPlugin::answer(vst2::int32 opcode, vst2::int32 index, vst2::intptr, void*, float opt) {
     switch (opcode) {
+        case vst2::audioMasterBeginEdit:
+        case vst2::audioMasterAutomate:
+        case vst2::audioMasterEndEdit:
+        case vst2::audioMasterUpdateDisplay:
+            if (recordEditorCalls) {
+                std::lock_guard<std::mutex> hold(editorCallsLock_);
+                editorCalls_.push_back({opcode, index, opt});
+            }
+            return opcode == vst2::audioMasterUpdateDisplay ? 1 : 0;
         case vst2::audioMasterGetSampleRate:
             return static_cast<vst2::intptr>(sampleRate_);
         case vst2::audioMasterGetBlockSize:
@@ -110,6 +120,11 @@ vst2::intptr HostedPlugin::answer(vst2::int32 opcode, vst2::int32, vst2::intptr,
         default:
             return 0;
     }
+}
+
+std::vector<HostedPlugin::EditorCall> HostedPlugin::takeEditorCalls() {
+    std::lock_guard<std::mutex> hold(editorCallsLock_);
+    return std::exchange(editorCalls_, {});
 }
 
 void HostedPlugin::open(float sampleRate, int blockSize) {
@@ -144,6 +159,7 @@ std::string HostedPlugin::parameterName(int index) { return text(vst2::effGetPar
 std::string HostedPlugin::parameterLabel(int index) { return text(vst2::effGetParamLabel, index); }
 std::string HostedPlugin::parameterDisplay(int index) { return text(vst2::effGetParamDisplay, index); }
 std::string HostedPlugin::programName(int index) { return text(vst2::effGetProgramNameIndexed, index); }
+std::string HostedPlugin::currentProgramName() { return text(vst2::effGetProgramName, 0); }
 
 int HostedPlugin::findParameter(const std::string& key) {
     char* end = nullptr;

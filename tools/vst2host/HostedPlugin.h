@@ -4,6 +4,7 @@
 #pragma once
 
 #include <functional>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,7 @@ public:
     std::string parameterLabel(int index);
     std::string parameterDisplay(int index);
     std::string programName(int index);
+    std::string currentProgramName();
     // A parameter's host index from its number, its name as the plug-in shows it, or a
     // camel-case key whose words begin the name's words ("lfoRate" for "LFO Rate",
     // "freqShiftAmount" for "Frequency Shift Amount"); -1 when none or several match.
@@ -88,6 +90,17 @@ public:
     // of the size given to open: resumes, renders input and tail, suspends.
     AudioBuffer render(const AudioBuffer& input, const RenderSettings& settings);
 
+    // The calls of the plug-in's editor that a host acts on (begin and end of a gesture,
+    // automation, a display update), recorded when `recordEditorCalls` is set, in order.
+    struct EditorCall {
+        vst2::int32 opcode;
+        vst2::int32 index;
+        float value;
+    };
+    bool recordEditorCalls = false;
+    // The calls recorded since the last take.
+    std::vector<EditorCall> takeEditorCalls();
+
 private:
     static vst2::intptr callback(vst2::AEffect* effect, vst2::int32 opcode, vst2::int32 index, vst2::intptr value,
                                  void* ptr, float opt);
@@ -103,6 +116,8 @@ private:
     vst2::VstTimeInfo time_{};
     std::vector<vst2::VstMidiEvent> midi_;
     std::vector<unsigned char> eventList_;
+    std::mutex editorCallsLock_;  // a plug-in may automate from its audio thread too
+    std::vector<EditorCall> editorCalls_;
 };
 
 }  // namespace tw

@@ -50,7 +50,7 @@ struct Options {
     double tail = 3.0;
     double seconds = 0;
     int idlePasses = 60;
-    bool noAudio = false, cpu = false;
+    bool noAudio = false, cpu = false, trace = false;
     EditorHost::Settings editor;
     std::vector<HostedPlugin::Setting> params;
     HostedPlugin::Transport transport;
@@ -66,6 +66,7 @@ struct Options {
                  "  save   <plugin.so> <file> [--preset] [settings]\n"
                  "  load   <plugin.so> <file> [--preset]\n"
                  "  edit   <plugin.so> [input] [settings] [--idle-rate N] [--ardour] [--seconds S] [--no-audio] [--cpu]\n"
+                 "         [--trace]\n"
                  "  snapshot <plugin.so> <picture.png> [settings] [--idle-rate N] [--ardour] [--idle N] [--no-audio]\n"
                  "settings: --chunk FILE  --program N  --param NAME=VALUE  --set NAME=TEXT  --bypass\n",
                  problem.c_str());
@@ -105,6 +106,7 @@ Options parse(int argc, char** argv) {
         else if (a == "--ardour") o.editor.ardour = true;
         else if (a == "--no-audio") o.noAudio = true;
         else if (a == "--cpu") o.cpu = true;
+        else if (a == "--trace") o.trace = true;
         else if (a.size() > 1 && a[0] == '-') usage("unknown option " + a);
         else positional.push_back(a);
     }
@@ -221,18 +223,77 @@ std::unique_ptr<AudioLoop> startAudio(HostedPlugin& plugin, const Options& o) {
     return std::make_unique<AudioLoop>(plugin, std::move(input), o.block);
 }
 
+// Prints, one line each, the calls of the editor that a host acts on, with the display
+// text as a host would show it then; on a display update, as a host does, it reads every
+// parameter again and prints those whose text changed since last seen (`shown`).
+void printEditorCalls(HostedPlugin& plugin, std::vector<std::string>& shown) {
+    for (const HostedPlugin::EditorCall& call : plugin.takeEditorCalls()) {
+        switch (call.opcode) {
+            case vst2::audioMasterBeginEdit:
+                std::printf("begin %d\n", call.index);
+                break;
+            case vst2::audioMasterAutomate:
+                if (call.index >= 0 && size_t(call.index) < shown.size())
+                    shown[size_t(call.index)] = plugin.parameterDisplay(call.index);
+                std::printf("automate %d %.6f \"%s\"\n", call.index, double(call.value),
+                            plugin.parameterDisplay(call.index).c_str());
+                break;
+            case vst2::audioMasterEndEdit:
+                std::printf("end %d\n", call.index);
+                break;
+            default:
+                std::printf("display \"%s\"\n", plugin.currentProgramName().c_str());
+                for (size_t i = 0; i < shown.size(); ++i) {
+                    std::string now = plugin.parameterDisplay(int(i));
+                    if (now != shown[i]) std::printf("parameter %zu \"%s\"\n", i, now.c_str());
+                    shown[i] = std::move(now);
+                }
+        }
+    }
+    std::fflush(stdout);
+}
+
+// Runs the editor for `seconds` (until closed when 0), printing the editor's calls as
+// they come, a few milliseconds after each.
+void runTraced(HostedPlugin& plugin, EditorHost& host, double seconds) {
+    std::vector<std::string> shown;
+    for (int i = 0; i < plugin.effect().numParams; ++i) shown.push_back(plugin.parameterDisplay(i));
+    const double step = 0.005;
+    for (double done = 0; !host.closed() && (seconds <= 0 || done < seconds); done += step) {
+        host.run(step);
+        printEditorCalls(plugin, shown);
+    }
+}
+
+// The process's resident memory in MiB, from the kernel's status of it.
+double residentMiB() {
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    while (std::getline(status, line))
+        if (line.rfind("VmRSS:", 0) == 0) return std::strtod(line.c_str() + 6, nullptr) / 1024.0;
+    return 0;
+}
+
 void edit(HostedPlugin& plugin, const Options& o) {
     const std::unique_ptr<AudioLoop> audio = startAudio(plugin, o);
+    plugin.recordEditorCalls = o.trace;
+    const double residentBefore = residentMiB();
     EditorHost host(plugin, o.editor);
     const double firstFrame = host.waitForFirstFrame(10);
     std::printf("%s: editor %d x %d, first frame %.1f ms after effEditOpen\n", plugin.effectName().c_str(), host.width(),
                 host.height(), firstFrame);
     std::fflush(stdout);
     const double cpuBefore = cpuSeconds();
-    host.run(o.seconds);
-    if (o.cpu && o.seconds > 0)
+    if (o.trace)
+        runTraced(plugin, host, o.seconds);
+    else
+        host.run(o.seconds);
+    if (o.cpu && o.seconds > 0) {
         std::printf("%s: %.3f s of CPU in %.1f s with the editor open (%.2f%%)\n", plugin.effectName().c_str(),
                     cpuSeconds() - cpuBefore, o.seconds, 100 * (cpuSeconds() - cpuBefore) / o.seconds);
+        std::printf("%s: resident memory %.1f MiB before the editor opened, %+.1f MiB with it open\n",
+                    plugin.effectName().c_str(), residentBefore, residentMiB() - residentBefore);
+    }
     std::fflush(stdout);
 }
 
