@@ -1,17 +1,30 @@
 #!/usr/bin/env bash
 # The first command of the README: installs the dependencies, builds Tidewake, installs
-# the plug-in and its factory patch folder into ~/.vst/ and renders the demo input
-# through it into build/demo.wav.
+# the plug-in and its factory patch folder, and renders the demo input through it into
+# build/demo.wav. By default the plug-in goes into ~/.vst/ (Bitwig, Reaper, Carla and
+# Qtractor look there); with --system it goes into /usr/local/lib/lxvst/, one of the
+# folders Ardour searches without being told, for every user of the machine.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+target="$HOME/.vst"
+case "${1:-}" in
+    "") ;;
+    --system) target=/usr/local/lib/lxvst ;;
+    *) echo "usage: bash tools/setup.sh [--system]" >&2; exit 2 ;;
+esac
 bash tools/deps.sh
 cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build build -j"$(nproc)"
-mkdir -p "$HOME/.vst"
+as_owner=()
+if [ ! -w "$(dirname "$target")" ] && [ "$(id -u)" != 0 ]; then as_owner=(sudo); fi
+"${as_owner[@]}" mkdir -p "$target/Tidewake Patches"
 # install replaces the file rather than writing into it, so that a host that has the old
 # library loaded keeps running; the installed copy carries no debugging information.
-install -s -m 0755 build/Tidewake.so "$HOME/.vst/Tidewake.so"
-mkdir -p "$HOME/.vst/Tidewake Patches"
-cp build/"Tidewake Patches"/*.tidewake "$HOME/.vst/Tidewake Patches/"
-echo "installed $HOME/.vst/Tidewake.so and its factory patches"
-build/vst2host render "$HOME/.vst/Tidewake.so" -o build/demo.wav
+"${as_owner[@]}" install -s -m 0755 build/Tidewake.so "$target/Tidewake.so"
+"${as_owner[@]}" install -m 0644 build/"Tidewake Patches"/*.tidewake "$target/Tidewake Patches/"
+echo "installed $target/Tidewake.so and its factory patches"
+if [ "$target" = "$HOME/.vst" ]; then
+    echo "Ardour does not search ~/.vst by itself: add it under Preferences > Plugins > VST >" \
+         "Linux VST Path, or run this again with --system"
+fi
+build/vst2host render "$target/Tidewake.so" -o build/demo.wav
