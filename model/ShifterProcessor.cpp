@@ -23,8 +23,7 @@ void ShifterProcessor::process(ProcessContext& context) {
         packedEvents_[static_cast<std::size_t>(i)] = std::uint32_t(e.status) << 16 | std::uint32_t(e.data1) << 8 | e.data2;
     }
     context.patch->getParameters(0, Param::count, values_.data());
-    const std::vector<ParameterSpec>& rows = tidewakeDescriptor().parameters;
-    auto step = [&](int id) { return discreteStep(rows[static_cast<std::size_t>(id)], values_[id]); };
+    auto step = [this](int id) { return discreteStep(rows_[static_cast<std::size_t>(id)], values_[id]); };
     auto on = [this](int id) { return isOn(values_[id]); };
     // Bypass only fades the wet signal: the loop runs on, and its tail with it.
     if (context.bypassed) values_[Param::wetMix] = 0.0f;

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "engine/ShifterEngine.h"
 #include "model/FeedbackSink.h"
@@ -33,6 +34,8 @@ public:
 
 private:
     std::unique_ptr<ShifterEngine> engine_;
+    // The parameter rows, looked up once: the audio call reads them every frame.
+    const std::vector<ParameterSpec>& rows_ = tidewakeDescriptor().parameters;
     bool firstCall_ = true;
     double needleTick_ = 1.0, needleStep_ = 400.0 / 44100.0;
     FeedbackSink::NeedleHistory needles_{};
