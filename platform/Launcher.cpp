@@ -6,7 +6,6 @@
 #include <mutex>
 #include <spawn.h>
 #include <sys/wait.h>
-#include <thread>
 
 extern char** environ;
 
@@ -34,19 +33,20 @@ void launchWithSystem(LaunchKind kind, const std::string& target) {
         seam(kind, target);
         return;
     }
-    std::string program = "xdg-open";
-    std::string argument = target;
-    char* argv[] = {program.data(), argument.data(), nullptr};
+    // xdg-open may live as long as the program it starts. A shell starts it in the
+    // background and ends at once, so that xdg-open belongs to init from then on: the
+    // editor waits only for the shell, and no zombie or waiting thread stays behind. The
+    // target reaches xdg-open as an argument, never as shell text.
+    std::string shell = "/bin/sh", option = "-c", script = "command -v xdg-open >/dev/null || exit 127; xdg-open \"$1\" </dev/null >/dev/null 2>&1 &",
+                name = "tidewake-launch", argument = target;
+    char* argv[] = {shell.data(), option.data(), script.data(), name.data(), argument.data(), nullptr};
     pid_t pid;
-    if (::posix_spawnp(&pid, "xdg-open", nullptr, nullptr, argv, environ) != 0)
+    if (::posix_spawn(&pid, "/bin/sh", nullptr, nullptr, argv, environ) != 0)
         throw Exception("Cannot launch: " + target);
-    // xdg-open may live as long as the program it starts; a waiter of its own reaps it
-    // whenever it ends, so that the editor neither waits nor leaves a zombie behind.
-    std::thread([pid] {
-        int status;
-        while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-        }
-    }).detach();
+    int status = 0;
+    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) throw Exception("Cannot launch: " + target);
 }
 
 }  // namespace tw

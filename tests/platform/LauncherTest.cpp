@@ -49,7 +49,7 @@ bool eventually(Condition condition) {
 
 }  // namespace
 
-TEST(Launcher, RunsXdgOpenWithoutAShellAndLeavesNoZombie) {
+TEST(Launcher, RunsXdgOpenWithTheTargetAsOneArgumentAndLeavesNoZombie) {
     tw::test::TempFolder folder;
     const std::filesystem::path out = folder.path / "argument";
     folder.write("xdg-open", "#!/bin/sh\nPATH=/usr/bin:/bin\nprintf '%s|%s' \"$1\" \"$#\" > '" + out.string() + ".tmp' && mv '" +
