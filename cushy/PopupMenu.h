@@ -30,6 +30,8 @@ public:
     std::int32_t itemAt(std::int32_t x, std::int32_t y) const;
     IntRect itemRect(std::size_t index) const;
     std::int32_t highlighted() const { return highlight_; }
+    // The items as shown: captions, grey and check marks of the moment the menu opened.
+    const std::vector<MenuItem>& items() const { return items_; }
     bool closed() const { return closed_; }
     // The chosen item, or -1 when the menu closed without a choice.
     std::int32_t choice() const { return choice_; }

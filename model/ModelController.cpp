@@ -124,6 +124,10 @@ void ModelController::fillConstants() {
 
 void ModelController::open(Window* window) {
     fillConstants();
+    // The main layout's modal layer reads this variable from the first refresh on, before
+    // the layout's own start-up actions can run; unset, it would read as its own name and
+    // be taken for a layout to load.
+    variables_.emplace("modalLayout", "");
     currentProgram_ = services_.getCurrentProgram();
     try {
         rootView_->load(descriptor_.modelName + "_main");

@@ -99,8 +99,8 @@ TEST_F(Editor, TheMainLayoutReachesTheHostsWindow) {
     ASSERT_EQ(host.dispatch(vst2::effEditOpen, 0, 0, parent.handle()), 1);
     EXPECT_EQ(parent.children(), 1u);
     ASSERT_TRUE(idleUntilPainted(host, parent));
-    EXPECT_EQ(parent.pixel(2, 2), 0x102436u) << "the layout's title bar, not the page of a layout error";
-    EXPECT_EQ(parent.pixel(2, 66), 0x0B1620u) << "the layout's backdrop";
+    EXPECT_EQ(parent.pixel(2, 2), 0x132F48u) << "the header bar of the backdrop, not the page of a layout error";
+    EXPECT_EQ(parent.pixel(2, 66), 0x0F2232u) << "the ground of the backdrop, beside the panels";
     host.dispatch(vst2::effEditClose);
     EXPECT_EQ(parent.children(), 0u);
 }

@@ -283,10 +283,10 @@ TEST(ControllerInAWindow, AKnobDragInTheMainLayoutReachesTheHostAndUndoTakesItBa
     ASSERT_EQ(controller->rootView().currentLayout(), "Tidewake_main");
     host.calls.clear();
 
-    // The wet mix knob, in the third row, is centred at (261, 300); down lowers it.
-    window.mouseDown(261, 300);
-    for (int y = 310; y <= 360; y += 10) window.mouseMove(261, y, 1u << leftButton);
-    window.mouseUp(261, 360);
+    // The wet mix knob, in the output section, is centred at (458, 292); down lowers it.
+    window.mouseDown(458, 292);
+    for (int y = 302; y <= 352; y += 10) window.mouseMove(458, y, 1u << leftButton);
+    window.mouseUp(458, 352);
     const float dragged = instance.getParameter(0, Param::wetMix);
     EXPECT_LT(dragged, 0.9f);
     ASSERT_GE(host.calls.size(), 3u);
@@ -296,9 +296,13 @@ TEST(ControllerInAWindow, AKnobDragInTheMainLayoutReachesTheHostAndUndoTakesItBa
     EXPECT_FLOAT_EQ(host.callsOf(vst2::audioMasterAutomate).back().opt, dragged);
     EXPECT_EQ(controller->undoSize(), 1u);
 
-    window.advance(11);  // the Undo button enables at the refresh
-    window.mouseDown(41, 53);
-    window.mouseUp(41, 53);
+    // Shift-click on the main menu button repeats the menu's last choice, here Undo.
+    controller->setVariable(controller->rootView(), "lastMainMenuAction", "undo", false);
+    controller->setVariable(controller->rootView(), "lastMainMenuParams", "", false);
+    window.advance(11);
+    window.setModifiers(true, false, false);
+    window.mouseDown(501, 20);
+    window.mouseUp(501, 20);
     EXPECT_EQ(instance.getParameter(0, Param::wetMix), 1.0f);
     controller->close();
 }
