@@ -3,6 +3,7 @@
 // the layouts name, and the string table that must hold every text they translate.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <regex>
 #include <set>
 
@@ -12,6 +13,7 @@
 #include "cushy/StringTable.h"
 #include "cushy/doubles/WindowDouble.h"
 #include "graphics/Font.h"
+#include "graphics/PNGWriter.h"
 #include "graphics/Image.h"
 #include "graphics/ResourceManager.h"
 #include "model/ModelController.h"
@@ -38,6 +40,13 @@ StringTable& strings() {
 std::string resourceText(const char* type, const char* name) {
     const std::vector<std::uint8_t> bytes = resources().loadBinary(type, name);
     return std::string(bytes.begin(), bytes.end());
+}
+
+// The tests leave the screens they reach in the build's pictures/face, to be looked at.
+void keepPicture(WindowDouble& window, const std::string& name) {
+    const std::filesystem::path folder = std::filesystem::path(TIDEWAKE_BINARY_DIR) / "pictures" / "face";
+    std::filesystem::create_directories(folder);
+    writePNG((folder / (name + ".png")).string(), window.screenshot());
 }
 
 // Places on the screen, in window coordinates, that the tests reach for.
@@ -135,6 +144,7 @@ TEST_F(MainLayout, KnobsTurnTheirFilmsAndTheirValueCaptionsFollow) {
     // The wet knob's arc at 4:30 o'clock lights only near the top of its range.
     const int arcX = wetX + 14, arcY = wetY + 15;
     const std::uint32_t full = pixel(arcX, arcY);
+    keepPicture(*window, "knobs-default");
     window->mouseMove(wetX, wetY);
     window->mouseDown(wetX, wetY);
     for (int y = wetY + 10; y <= wetY + 220; y += 10) window->mouseMove(wetX, y, 1u << leftButton);
@@ -143,6 +153,8 @@ TEST_F(MainLayout, KnobsTurnTheirFilmsAndTheirValueCaptionsFollow) {
     EXPECT_EQ(value(Param::wetMix), 0.0f);
     EXPECT_NE(pixel(arcX, arcY), full);
     EXPECT_EQ(get("params.wetMix.human"), "0.00 %");
+    window->paintAll();
+    keepPicture(*window, "knob-wet-at-zero");
     EXPECT_EQ(controller->undoSize(), 1u);
 }
 
@@ -150,6 +162,9 @@ TEST_F(MainLayout, TheStatusLineFollowsThePointer) {
     window->mouseMove(312, 116);
     EXPECT_EQ(get("status.name"), "Delay Time");
     EXPECT_EQ(get("status.value"), "params.delayTime.human");
+    window->advance(1100);  // the hint's delay
+    window->paintAll();
+    keepPicture(*window, "status-and-hint");
     window->mouseMove(501, 20);
     EXPECT_EQ(get("status.name"), "Menu");
     EXPECT_EQ(get("status.value"), "status.none");
@@ -171,7 +186,11 @@ TEST_F(MainLayout, TheMainMenuUndoesWithItsDescriptionAndShiftClickRepeats) {
     ASSERT_LT(dragged, 1.0f);
 
     std::vector<MenuItem> items;
-    chooseFromMenu(0, [&](PopupMenu& menu) { items = menu.items(); });
+    chooseFromMenu(0, [&](PopupMenu& menu) {
+        items = menu.items();
+        window->paintAll();
+        keepPicture(*window, "main-menu");
+    });
     ASSERT_EQ(items.size(), 14u);
     EXPECT_EQ(items[0].caption, "Undo Change Wet Mix");
     EXPECT_TRUE(items[0].enabled);
@@ -206,6 +225,7 @@ TEST_F(MainLayout, TheAboutBoxGrowsInAndAClickAnywhereClosesIt) {
     EXPECT_EQ(get("modalLayout"), "Tidewake_about");
     window->advance(400);
     EXPECT_EQ(pixel(cardX, cardY), 0xFF112638u) << "the card's fill";
+    keepPicture(*window, "about");
     EXPECT_NE(pixel(4, 460), pixel(cardX, cardY));
 
     // A click on the tour button's place closes the box and opens nothing underneath.
@@ -226,6 +246,7 @@ TEST_F(MainLayout, TheTourTypesEveryPageAndClosesOnAClick) {
         window->paintAll();
         window->advance(4000);
         window->paintAll();
+        keepPicture(*window, "tour-page-" + std::to_string(page));
     }
     EXPECT_EQ(messageBoxes, 0) << "every page lays out without a fault";
     // The bubble sits beside the header on the last page; a click on it, off its links, closes.
@@ -271,9 +292,9 @@ TEST(Artwork, FilmsHoldTheFramesTheLayoutCounts) {
 TEST(Artwork, TheLongestValuesFitTheirCaptions) {
     const std::shared_ptr<Font> bold = resources().getFont("{ fnt: Tidewake_sans_11_bold }");
     auto width = [&](std::u16string_view text) { return bold->measure(Point{0, 0}, text, false).width; };
-    EXPECT_LE(width(u"-20000.00 Hz"), 88) << "the shift amount in Wide";
+    EXPECT_LE(width(u"-20000.00 Hz (-D#9 +08)"), 160) << "the shift amount in Wide, with its note";
     EXPECT_LE(width(u"-180.00 degrees"), 104) << "the phase";
-    EXPECT_LE(width(u"-100.00"), 50) << "the sideband mix";
+    EXPECT_LE(width(u"-100.00"), 56) << "the sideband mix";
     EXPECT_LE(width(u"3/16 (1/8.)"), 76) << "a synced delay or LFO rate";
     EXPECT_LE(width(u"121.403 ms"), 80) << "the smear";
     EXPECT_LE(width(u"40000.00 Hz"), 104) << "a filter";
