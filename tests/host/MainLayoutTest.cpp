@@ -11,6 +11,7 @@
 #include "cushy/MessageBox.h"
 #include "cushy/PopupMenu.h"
 #include "cushy/StringTable.h"
+#include "cushy/TextEntryDialog.h"
 #include "cushy/doubles/WindowDouble.h"
 #include "graphics/Font.h"
 #include "graphics/PNGWriter.h"
@@ -156,6 +157,37 @@ TEST_F(MainLayout, KnobsTurnTheirFilmsAndTheirValueCaptionsFollow) {
     window->paintAll();
     keepPicture(*window, "knob-wet-at-zero");
     EXPECT_EQ(controller->undoSize(), 1u);
+}
+
+TEST_F(MainLayout, AValueClickTypesAValueAndWhileSyncedOffersTurnOffSync) {
+    constexpr int timeValueX = 312, timeValueY = 150;
+    window->user = [](WindowDouble& w) {
+        auto* dialog = dynamic_cast<TextEntryDialog*>(&w.topHelper()->client());
+        ASSERT_NE(dialog, nullptr) << "unsynced, the value opens text entry at once";
+        w.topHelper()->type(U"250 ms");
+        w.topHelper()->key(Key::enter);
+    };
+    click(timeValueX, timeValueY);
+    EXPECT_EQ(get("params.delayTime.human"), "250.00 ms");
+
+    click(312, 190);  // the Sync switch under the time
+    ASSERT_EQ(get("params.delaySync.human"), "On");
+    std::vector<MenuItem> offered;
+    window->user = [&](WindowDouble& w) {
+        auto* menu = dynamic_cast<PopupMenu*>(&w.topHelper()->client());
+        ASSERT_NE(menu, nullptr) << "synced, the value offers a menu";
+        offered = menu->items();
+        const IntRect r = menu->itemRect(1);
+        w.topHelper()->mouseMove(r.left + 10, r.top + 5);
+        w.topHelper()->mouseDown(r.left + 10, r.top + 5);
+        w.topHelper()->mouseUp(r.left + 10, r.top + 5);
+    };
+    click(timeValueX, timeValueY);
+    ASSERT_EQ(offered.size(), 2u);
+    EXPECT_EQ(offered[0].caption, "Type a Value...");
+    EXPECT_EQ(offered[1].caption, "Turn Off Sync");
+    EXPECT_EQ(get("params.delaySync.human"), "Off");
+    EXPECT_EQ(get("undo.description"), "Turn Off Sync");
 }
 
 TEST_F(MainLayout, TheStatusLineFollowsThePointer) {
