@@ -333,4 +333,18 @@ TEST(Artwork, TheLongestValuesFitTheirCaptions) {
     EXPECT_LE(width(u"-20000.00 Hz"), 86) << "the LFO amount on the shift";
 }
 
+TEST(Artwork, EveryStatusHintFitsTheStatusLine) {
+    // The hint's caption on the status line is 293 pixels wide, in the regular 11.
+    const std::shared_ptr<Font> regular = resources().getFont("{ fnt: Tidewake_sans_11 }");
+    const std::string layout = resourceText("cushy", "Tidewake_main");
+    const std::regex hint(R"~(\{ status\.hint, "([^"]+)" \})~");
+    int seen = 0;
+    for (auto it = std::sregex_iterator(layout.begin(), layout.end(), hint); it != std::sregex_iterator(); ++it, ++seen) {
+        const std::string text = (*it)[1];
+        const std::u16string wide(text.begin(), text.end());
+        EXPECT_LE(regular->measure(Point{0, 0}, wide, false).width, 293) << text;
+    }
+    EXPECT_GT(seen, 20);
+}
+
 }  // namespace
