@@ -272,6 +272,11 @@ TEST_F(MainLayout, TheTourTypesEveryPageAndClosesOnAClick) {
     click(tourX, tourY);
     EXPECT_EQ(get("modalLayout"), "Tidewake_messages");
     EXPECT_EQ(get("messages.number"), "0");
+    window->advance(4000);
+    window->paintAll();
+    click(163, 153);  // the first page's "next" link, typed out under its text
+    EXPECT_EQ(get("messages.number"), "1");
+    EXPECT_EQ(get("modalLayout"), "Tidewake_messages");
     for (int page = 0; page <= 5; ++page) {
         controller->setVariable(controller->rootView(), "messages.number", std::to_string(page), false);
         controller->update(controller->rootView());
