@@ -314,14 +314,14 @@ TEST(Artwork, FilmsHoldTheFramesTheLayoutCounts) {
         const char* name;
         std::int32_t size, frames;
     };
-    for (const Film& f : {Film{"KnobBig", 64, 128}, Film{"KnobUnipolar", 48, 96}, Film{"KnobModulation", 48, 96},
-                          Film{"KnobSmall", 32, 96}, Film{"Lamp", 14, 16}}) {
+    for (const Film& f : {Film{"Tidewake_knob_big", 64, 128}, Film{"Tidewake_knob_unipolar", 48, 96}, Film{"Tidewake_knob_modulation", 48, 96},
+                          Film{"Tidewake_knob_small", 32, 96}, Film{"Tidewake_lamp", 14, 16}}) {
         const std::shared_ptr<Image> image = resources().getImage(resources().parseImageSpec(f.name));
         const IntRect bounds = image->getBounds();
         EXPECT_EQ(bounds.width, f.size) << f.name;
         EXPECT_EQ(bounds.height, f.size * f.frames) << f.name;
     }
-    const std::shared_ptr<Image> backdrop = resources().getImage(resources().parseImageSpec("Backdrop"));
+    const std::shared_ptr<Image> backdrop = resources().getImage(resources().parseImageSpec("Tidewake_backdrop"));
     EXPECT_EQ(backdrop->getBounds().width, 525);
     EXPECT_EQ(backdrop->getBounds().height, 475);
 }
