@@ -54,7 +54,6 @@ void keepPicture(WindowDouble& window, const std::string& name) {
 constexpr int menuX = 501, menuY = 20;
 constexpr int tourX = 465, tourY = 20;
 constexpr int wetX = 458, wetY = 292;
-constexpr std::uint32_t backdropGround = 0xFF0A1520u;  // the card's spot when no box is up
 
 class MainLayout : public ::testing::Test {
 protected:
