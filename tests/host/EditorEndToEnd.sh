@@ -7,8 +7,9 @@
 # face is caught.
 #
 # usage: EditorEndToEnd.sh <vst2host> <Tidewake.so> <screenshot.png>
+# On a failure, the screen and the snapshot are left in the working folder.
 set -euo pipefail
-vst2host=$1 plugin=$2 screenshot=$3
+vst2host=$1 plugin=$2 screenshot=$3 pictures=$PWD
 
 for tool in xvfb-run xdotool import compare; do
     if ! command -v "$tool" >/dev/null; then
@@ -39,18 +40,19 @@ fail() {
     cat "$work/trace.txt"
     echo "--- the host's errors:"
     cat "$work/errors.txt"
-    import -window root "$work/../editor-end-to-end-failure.png" 2>/dev/null || true
+    import -window root "$pictures/editor-end-to-end-failure.png" 2>/dev/null || true
     exit 1
 }
 
 # Waits up to 5 s for a line of the trace that matches the extended regular expression,
-# after the line count given (so that earlier lines don't count).
+# after the line the last wait found (so that the trace is read in order).
 lines=0
 wait_for() {
-    local pattern=$1
+    local pattern=$1 found
     for _ in $(seq 100); do
-        if tail -n +"$((lines + 1))" "$work/trace.txt" | grep -Eq -- "$pattern"; then
-            lines=$(wc -l <"$work/trace.txt")
+        found=$(tail -n +"$((lines + 1))" "$work/trace.txt" | grep -En -m1 -- "$pattern" | cut -d: -f1 || true)
+        if [ -n "$found" ]; then
+            lines=$((lines + found))
             return 0
         fi
         sleep 0.05
@@ -59,11 +61,14 @@ wait_for() {
 }
 
 # The window's positions of the controls the test works with, in the editor's own pixels.
-delay_knob="x y"
-delay_value="x y"
-menu_button="x y"
-patch_name="x y"
-next_patch="x y"
+delay_knob="312 116"
+delay_value="312 150"
+menu_button="501 20"
+patch_name="294 20"
+next_patch="432 20"
+# The main menu opens under its button; these are its items, in the editor's pixels.
+menu_undo="515 45"
+menu_about="515 266"
 
 # Host index of a parameter from its name, as the host lists it.
 index_of() { "$vst2host" info "$plugin" | sed -nE "s/^ *([0-9]+) +$1 .*/\\1/p" | head -1; }
@@ -101,5 +106,42 @@ xdotool type --delay 30 "250 ms"
 xdotool key Return
 wait_for "^automate $delay [0-9.]+ \"250.00 ms\"\$"
 
-# Undo from the main menu takes the delay time back to where it was before the drag
-# (drag and typing change the same thing and are one step).
+# Undo from the main menu takes back the typed value: the host is told to read the
+# parameters again, and finds the delay time where the drag left it.
+click "$menu_button"
+sleep 0.3
+click "$menu_undo"
+dragged_text=${dragged#*\"}
+wait_for "^parameter $delay \"${dragged_text%\"}\"\$"
+
+# The about box: a click on its item opens it over the face, a click anywhere closes it.
+import -window "$window" "$work/before-about.png"
+click "$menu_button"
+sleep 0.3
+click "$menu_about"
+sleep 0.8
+import -window "$window" "$work/about.png"
+click "262 40"
+sleep 0.8
+import -window "$window" "$work/after-about.png"
+# Pixels that differ: most of the middle while the box is open, nearly none after.
+differing() { compare -metric AE -fuzz 2% "$1" "$2" null: 2>&1 | cut -d' ' -f1 || true; }
+opened=$(differing "$work/before-about.png" "$work/about.png")
+closed=$(differing "$work/before-about.png" "$work/after-about.png")
+[ "${opened%.*}" -gt 40000 ] || fail "the about box did not show ($opened pixels changed)"
+[ "${closed%.*}" -lt 2000 ] || fail "the about box did not close ($closed pixels still differ)"
+
+# Closing: the host closes the editor and ends the plug-in as a host would.
+kill -TERM "$host_pid"
+if ! wait "$host_pid"; then fail "the host did not end cleanly after closing the editor"; fi
+host_pid=
+
+# The face as committed: a snapshot of a fresh editor against the screenshot. Fonts and
+# artwork are our own, drawn the same on every machine, so only a small part may differ.
+"$vst2host" snapshot "$plugin" "$work/snapshot.png" --no-audio --idle 5 >/dev/null
+changed=$(differing "$screenshot" "$work/snapshot.png")
+if [ "${changed%.*}" -gt 500 ]; then
+    cp "$work/snapshot.png" "$pictures/editor-end-to-end-snapshot.png"
+    fail "the editor's face differs from $screenshot in $changed pixels"
+fi
+echo "the editor answered every gesture; its face matches $screenshot"

@@ -105,7 +105,7 @@ void EditorHost::pass() {
 
 void EditorHost::run(double seconds) {
     const double end = nowMs() + seconds * 1e3;
-    while (!closed_ && (seconds <= 0 || nowMs() < end)) pass();
+    while (!closed() && (seconds <= 0 || nowMs() < end)) pass();
 }
 
 bool EditorHost::showsBackgroundOnly() {

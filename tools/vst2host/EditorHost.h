@@ -6,6 +6,7 @@
 
 #include <X11/Xlib.h>
 
+#include <csignal>
 #include <cstdint>
 #include <string>
 
@@ -19,6 +20,9 @@ public:
     struct Settings {
         int idleRate = 30;    // effEditIdle calls per second
         bool ardour = false;  // Ardour's event dispatch and idle rate instead
+        // A signal handler's flag: the loop ends as if the window were closed once it
+        // turns non-zero.
+        const volatile std::sig_atomic_t* stop = nullptr;
     };
 
     // Opens a display, makes the parent window at the size the editor asks for, shows it
@@ -33,8 +37,8 @@ public:
     int height() const { return height_; }
     // Runs the host's loop for `seconds`, or until the window is closed when 0.
     void run(double seconds);
-    // Whether the user closed the host's window.
-    bool closed() const { return closed_; }
+    // Whether the user closed the host's window, or the stop flag turned.
+    bool closed() const { return closed_ || (settings_.stop != nullptr && *settings_.stop != 0); }
     // Runs the loop until a pixel of the window differs from the parent's own background,
     // at most `seconds`; answers the milliseconds from the editor's opening, or -1.
     double waitForFirstFrame(double seconds);

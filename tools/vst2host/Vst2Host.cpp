@@ -24,6 +24,7 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -274,11 +275,20 @@ double residentMiB() {
     return 0;
 }
 
+volatile std::sig_atomic_t stopRequested = 0;
+void requestStop(int) { stopRequested = 1; }
+
 void edit(HostedPlugin& plugin, const Options& o) {
     const std::unique_ptr<AudioLoop> audio = startAudio(plugin, o);
+    // Interrupted or terminated, the editor closes as a host closes it, and the
+    // plug-in ends as it would in a host.
+    std::signal(SIGINT, requestStop);
+    std::signal(SIGTERM, requestStop);
+    EditorHost::Settings editor = o.editor;
+    editor.stop = &stopRequested;
     plugin.recordEditorCalls = o.trace;
     const double residentBefore = residentMiB();
-    EditorHost host(plugin, o.editor);
+    EditorHost host(plugin, editor);
     const double firstFrame = host.waitForFirstFrame(10);
     std::printf("%s: editor %d x %d, first frame %.1f ms after effEditOpen\n", plugin.effectName().c_str(), host.width(),
                 host.height(), firstFrame);
