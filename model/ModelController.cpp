@@ -9,15 +9,22 @@
 #include <cstdlib>
 
 #include "cushy/CushyView.h"
+#include "cushy/FileDialog.h"
 #include "cushy/MessageBox.h"
 #include "cushy/StringTable.h"
 #include "engine/EngineRandom.h"
 #include "graphics/ResourceManager.h"
+#include "model/BrowserDirectories.h"
 #include "model/ModelFactory.h"
 #include "model/Patch.h"
+#include "model/Prefs.h"
 #include "model/StartupBank.h"
+#include "model/VersionAnswer.h"
 #include "platform/Clipboard.h"
 #include "platform/Exception.h"
+#include "platform/FileObject.h"
+#include "platform/Launcher.h"
+#include "platform/SafeFileWriter.h"
 #include "platform/Window.h"
 #include "speclang/SpecExpression.h"
 #include "speclang/SpecLanguage.h"
@@ -88,7 +95,9 @@ ModelController::ModelController(ModelServices& services, ResourceManager& resou
       resources_(resources),
       translator_(translator),
       folders_(standardFolders()),
-      editedBits_(descriptor_.parameters.size(), false) {
+      editedBits_(descriptor_.parameters.size(), false),
+      browser_(descriptor_.identifier),
+      versionCheckUrl_(descriptor_.versionCheckUrl) {
     const IntRect bounds = factory_.getEditorSize();
     rootView_ = std::make_shared<CushyView>(*this, bounds);
     client_ = std::make_unique<CushyWindowClient>(rootView_);
@@ -106,7 +115,7 @@ void ModelController::fillConstants() {
                   {"MODEL.VERSION", std::string(1, static_cast<char>(descriptor_.version & 0xFF))},
                   {"BUILD.TARGET", "Release"},
                   {"BUILD.VERSION", "1.0.0"},
-                  {"BUILD.NUMBER", "61"},
+                  {"BUILD.NUMBER", std::to_string(buildNumber)},
                   {"BUILD.DATE", "Apr 13 2015"},
                   {"BUILD.TIME", "15:30:43"},
                   {"BUILD.COMPILER", compilerName()},
@@ -128,6 +137,9 @@ void ModelController::open(Window* window) {
     // the layout's own start-up actions can run; unset, it would read as its own name and
     // be taken for a layout to load.
     variables_.emplace("modalLayout", "");
+    const Translator translator = [this](const std::string& text) { return translate(text); };
+    browserSetup_ = makeBrowserSetup(descriptor_, folders_, translator);
+    saveSetup_ = makeSaveSetup(browserSetup_, descriptor_, translator);
     currentProgram_ = services_.getCurrentProgram();
     try {
         rootView_->load(descriptor_.modelName + "_main");
@@ -146,6 +158,14 @@ void ModelController::open(Window* window) {
     // The first tick always shows the patch, whatever the stamps say.
     shownStamp_ = services_.getPatchStamp(currentProgram_) + 1;
     fastTick();
+    if (versionCheckUrl_.empty()) return;
+    bool due = false;
+    {
+        Prefs prefs(descriptor_);
+        versionCheckEnabled_ = isCheckEnabled(prefs);
+        due = isCheckDue(prefs, std::time(nullptr));
+    }
+    if (due && !checker_) startVersionCheck();
 }
 
 // A main layout that does not build leaves a plain page with the error on it: a message box
@@ -176,6 +196,7 @@ void ModelController::saveChanges(const Path& storeFile) {
 }
 
 void ModelController::close() {
+    checker_.reset();
     if (window_ == nullptr) return;
     window_->timers().cancel(this);
     client_->attach(nullptr);
@@ -209,9 +230,8 @@ void ModelController::fastTick() {
     if (changed) refresh();
 }
 
-// This build has no licence gate, and the version check is not wired to the editor yet,
-// so the slow timer has nothing to consult.
-void ModelController::slowTick() {}
+// This build has no licence gate: the version check is all the slow timer consults.
+void ModelController::slowTick() { pollVersionCheck(); }
 
 void ModelController::refresh() {
     cachedPatch_ = services_.clonePatch(currentProgram_);
@@ -485,6 +505,10 @@ bool ModelController::isEnabled(CushyView&, const std::string& action, const std
             action == "chooseProgram" || action == "switchProgram")
             return true;
         if (action == "pastePatch" || action == "exchangePatch") return clipboardHoldsPatch();
+        if (action == "openPatch" || action == "savePatch" || action == "choosePatch")
+            return !descriptor_.identifier.empty();
+        if (action == "switchPatch") return !descriptor_.identifier.empty() && switchPatchState(params, false);
+        if (action == "toggleVersionCheck") return !versionCheckUrl_.empty();
         if (action == "undo") return undoPosition_ != 0;
         if (action == "redo") return undoPosition_ + 1 < undoStack_.size();
         return false;
@@ -495,13 +519,14 @@ bool ModelController::isEnabled(CushyView&, const std::string& action, const std
 
 bool ModelController::isChecked(CushyView&, const std::string& action, const std::string& params) {
     try {
+        if (action == "toggleVersionCheck") return versionCheckEnabled_;
         return action == "changeParam" && changeParamState(params, true);
     } catch (const std::exception&) {
         return false;
     }
 }
 
-void ModelController::perform(CushyView&, const std::string& action, const std::string& params) {
+void ModelController::perform(CushyView& view, const std::string& action, const std::string& params) {
     if (action == "changeParam") changeParam(params);
     else if (action == "initPatch") initPatch();
     else if (action == "copyPatch") copyPatch();
@@ -510,6 +535,11 @@ void ModelController::perform(CushyView&, const std::string& action, const std::
     else if (action == "randomizePatch") randomizePatch();
     else if (action == "undo") undo();
     else if (action == "redo") redo();
+    else if (action == "openPatch") openPatch();
+    else if (action == "savePatch") savePatch();
+    else if (action == "choosePatch") choosePatch(view);
+    else if (action == "switchPatch") switchPatch(params);
+    else if (action == "toggleVersionCheck") toggleVersionCheck();
 }
 
 std::string ModelController::getVariable(CushyView&, const std::string& name) {
@@ -559,6 +589,208 @@ void ModelController::setVariable(CushyView&, const std::string& name, const std
     if (const ParamName param = paramName(name); param.index >= 0)
         return writeParam(param.index, param.human, value, continuous);
     if (constants_.count(name) == 0) variables_[name] = value;
+}
+
+// ---- Patch files ----
+
+void ModelController::openPatchFile(const Path& path) {
+    std::unique_ptr<Patch> patch = factory_.patchFromText(readWholeFile(path));
+    patch->setPath(path);
+    patch->markClean();
+    pushUndo("Open Patch", false);
+    install(std::move(patch));
+}
+
+Path ModelController::nextPatchFile(bool forward, bool wrap, bool useCache) {
+    return browser_.nextPatchFile(cachedPatch().getPath(), forward, wrap, useCache);
+}
+
+// Only steps of one either way are valid; `perform` false asks whether there is a file to
+// go to, from the cached listing, at no cost of disk access when it is warm.
+bool ModelController::switchPatchState(const std::string& params, bool perform) {
+    const SpecMap map = parseMap(params);
+    const std::int32_t step = toInt(lookup(map, "step"), 0);
+    const bool wrap = toBool(lookup(map, "wrap"), false);
+    if (step != 1 && step != -1) return false;
+    const bool forward = step >= 1;
+    Path next = nextPatchFile(forward, wrap, true);
+    if (!perform) return !next.empty();
+    // A file removed or replaced by a folder since the listing: the cache is stale.
+    if (!next.empty() && next.kind() != Path::Kind::file) next = nextPatchFile(forward, wrap, false);
+    if (next.empty()) return false;
+    openPatchFile(next);
+    return true;
+}
+
+void ModelController::switchPatch(const std::string& params) { switchPatchState(params, true); }
+
+Path ModelController::runPatchDialog(const FileBrowserSetup& setup, bool saving, const Path& start,
+                                     const std::string& suggestion) {
+    FileDialogSetup dialog;
+    dialog.title = setup.title;
+    dialog.saving = saving;
+    dialog.typeLabel = setup.fileTypes.front().description;
+    dialog.extension = setup.fileTypes.front().extension;
+    dialog.allFilesLabel = setup.allFilesLabel;
+    const std::vector<std::uint8_t> script = resources_.loadBinary("cfdlg", "MWPresetLocations");
+    dialog.script.assign(script.begin(), script.end());
+    dialog.labels = {{factoryButtonId, setup.factoryLabel}, {userButtonId, setup.userLabel}};
+    dialog.jumps = {{factoryButtonId, setup.factoryFolder}, {userButtonId, setup.userFolder}};
+    dialog.startFolder = start;
+    dialog.fileName = suggestion;
+    dialog.okLabel = translate(saving ? "Save" : "Open");
+    dialog.cancelLabel = translate("Cancel");
+    dialog.upLabel = translate("Up");
+    dialog.fileNameLabel = translate("File name:");
+    // Each file selected while opening is heard at once, through the edit patch, without
+    // touching the program; closing the dialog in any way ends the audition.
+    struct Preview {
+        ModelServices& services;
+        ~Preview() { services.setEditPatch(nullptr); }
+    };
+    std::unique_ptr<Preview> preview;
+    FileDialog::SelectionListener listener;
+    if (!saving) {
+        preview = std::make_unique<Preview>(Preview{services_});
+        listener = [this](const Path& file) {
+            try {
+                std::unique_ptr<Patch> patch = factory_.patchFromText(readWholeFile(file));
+                patch->setPath(file);
+                patch->markClean();
+                services_.setEditPatch(patch.get());
+            } catch (const std::exception&) {
+                // A file that doesn't read is not heard; choosing it reports why.
+                services_.setEditPatch(nullptr);
+            }
+        };
+    }
+    FileDialog fileDialog(HelperFonts::load(*this, *rootView_), std::move(dialog), std::move(listener));
+    return fileDialog.run(*window_);
+}
+
+namespace {
+
+// Remembering folders is a convenience: a store that can't be written forgets them.
+void rememberFolders(const std::string& name, const Path& openFolder, const Path& saveFolder) {
+    try {
+        saveBrowserDirectories(name, openFolder, saveFolder);
+    } catch (const std::exception&) {
+    }
+}
+
+}  // namespace
+
+void ModelController::openPatch() {
+    if (window_ == nullptr) return;
+    const BrowserFolders remembered = loadBrowserDirectories(browserSetup_.name);
+    const Path start = PatchBrowser::pickStartFolder(browserSetup_, cachedPatch().getPath(), remembered.open);
+    const Path chosen = runPatchDialog(browserSetup_, false, start, std::string());
+    if (chosen.empty()) return;
+    rememberFolders(browserSetup_.name, chosen.parent(), remembered.save);
+    openPatchFile(chosen);
+}
+
+void ModelController::savePatch() {
+    if (window_ == nullptr) return;
+    const Path path = cachedPatch().getPath();
+    const std::string suggestion = PatchBrowser::saveSuggestion(path, cachedPatch().getName(),
+                                                                translate("Untitled " + descriptor_.publicName + " Patch"));
+    const BrowserFolders remembered = loadBrowserDirectories(saveSetup_.name);
+    const Path start = PatchBrowser::pickStartFolder(saveSetup_, path, remembered.save);
+    const Path chosen = runPatchDialog(saveSetup_, true, start, suggestion);
+    if (chosen.empty()) return;
+    // The file's name names the patch, which is now clean; neither is an undoable step.
+    std::unique_ptr<Patch> patch = services_.clonePatch(currentProgram_);
+    patch->setPath(chosen);
+    patch->markClean();
+    std::string text;
+    for (char c : factory_.patchToText(*patch, true)) {
+        if (c == '\n') text += '\r';
+        text += c;
+    }
+    SafeFileWriter writer(chosen);
+    writer.write(0, text.data(), text.size());
+    writer.commit();
+    install(std::move(patch));
+    rememberFolders(saveSetup_.name, remembered.open, chosen.parent());
+    browser_.forget();
+    rootView_->refresh();
+}
+
+void ModelController::choosePatch(CushyView& view) {
+    if (window_ == nullptr) return;
+    const Path current = cachedPatch().getPath();
+    const Path folder =
+        PatchBrowser::pickStartFolder(browserSetup_, current, loadBrowserDirectories(browserSetup_.name).open);
+    std::vector<Path> files;
+    if (!folder.empty()) files = browser_.listFolder(folder, false);
+    PatchBrowser::Menu menu =
+        PatchBrowser::patchMenu(files, current, translate("Browse Patches..."), translate("No patches found"));
+    PopupMenu popup(HelperFonts::load(*this, view), std::move(menu.items));
+    const std::int32_t choice = popup.track(*window_, view.lastClick().x, view.lastClick().y);
+    const int id = choice < 0 ? 0 : menu.ids[std::size_t(choice)];
+    if (id == PatchBrowser::browseId) openPatch();
+    else if (id >= PatchBrowser::firstFileId) openPatchFile(files[std::size_t(id - PatchBrowser::firstFileId)]);
+}
+
+// ---- Version check ----
+
+void ModelController::setVersionCheckServer(std::string url, VersionChecker::ConnectionProbe probe) {
+    versionCheckUrl_ = std::move(url);
+    connectionProbe_ = std::move(probe);
+}
+
+void ModelController::startVersionCheck() {
+    const std::string productId = versionCheckProductId(descriptor_);
+    checker_ = std::make_unique<VersionChecker>(
+        VersionChecker::Request{versionCheckUrl_, std::string(), std::string()},
+        [productId](const std::string& body) { return readVersionAnswer(body, productId); }, connectionProbe_);
+    checker_->start();
+}
+
+void ModelController::pollVersionCheck() {
+    // The notice waits until the user looks at the editor again.
+    if (window_ == nullptr || !window_->isActive()) return;
+    if (!checker_ || checker_->isRunning()) return;
+    const std::optional<VersionCheckResult> result = checker_->result();
+    checker_.reset();
+    {
+        // A failed check counts too, so that an offline machine asks again only days later.
+        Prefs prefs(descriptor_);
+        markChecked(prefs, std::time(nullptr));
+    }
+    if (!result) return;
+    AlertType severity = AlertType::info;
+    bool show = false;
+    std::string text;
+    if (result->version > buildNumber) {
+        show = true;
+        text = result->message;
+    }
+    if (!result->urgent.empty()) {
+        show = true;
+        severity = AlertType::warning;
+        text = result->urgent;
+    }
+    if (!show) return;
+    if (text.empty()) {
+        text = translate("An update of this product is available.");
+        if (!result->url.empty()) text += " " + translate("Do you wish to view the information page?");
+    }
+    const bool offerPage = !result->url.empty();
+    const AlertButton pressed = showMessageBox(*rootView_, title(), text, severity,
+                                               offerPage ? AlertButtons::yesNo : AlertButtons::ok,
+                                               offerPage ? AlertButton::yes : AlertButton::ok);
+    if (offerPage && pressed == AlertButton::yes) launchWithSystem(LaunchKind::url, result->url);
+}
+
+void ModelController::toggleVersionCheck() {
+    if (versionCheckUrl_.empty()) return;
+    {
+        Prefs prefs(descriptor_);
+        versionCheckEnabled_ = toggleCheck(prefs);
+    }
+    if (versionCheckEnabled_ && !checker_) startVersionCheck();
 }
 
 }  // namespace tw

@@ -14,10 +14,13 @@
 #include "cushy/CushyHost.h"
 #include "cushy/CushyWindowClient.h"
 #include "model/FeedbackSink.h"
+#include "model/FileBrowserSetup.h"
 #include "model/ModelDescriptor.h"
 #include "model/ModelServices.h"
+#include "model/PatchBrowser.h"
 #include "platform/Folders.h"
 #include "platform/TimerQueue.h"
+#include "platform/VersionChecker.h"
 
 namespace tw {
 
@@ -40,6 +43,7 @@ public:
     static constexpr std::uint32_t slowPeriod = 513;
     static constexpr std::uint32_t fastPeriod = 11;
     static constexpr std::size_t undoLimit = 100;
+    static constexpr std::int32_t buildNumber = 61;
 
     ModelController(ModelServices& services, ResourceManager& resources, StringTable& translator);
     ~ModelController() override;
@@ -68,6 +72,29 @@ public:
     void copyPatch();
     void pasteOrExchange(bool exchange);
     void randomizePatch();
+
+    // Patch files. Opening reads the file and installs it as an undoable step; its file
+    // name names the patch. The dialogs and the menu run modally over the editor's window
+    // and do nothing without one.
+    void openPatchFile(const Path& path);
+    void openPatch();
+    void savePatch();
+    // The patch menu at the last click: the current patch's folder, and "Browse".
+    void choosePatch(CushyView& view);
+    // The previous (-1) or next (1) patch file of the current patch's folder.
+    void switchPatch(const std::string& params);
+    Path nextPatchFile(bool forward, bool wrap, bool useCache);
+    const FileBrowserSetup& browserSetup() const { return browserSetup_; }
+    const FileBrowserSetup& saveSetup() const { return saveSetup_; }
+
+    // The check for a newer build: started by open when due, picked up by the slow tick
+    // while the editor's window is in front, turned on and off for good by the action.
+    // Tests name a server of their own and a connection probe before open.
+    void setVersionCheckServer(std::string url, VersionChecker::ConnectionProbe probe);
+    void startVersionCheck();
+    void pollVersionCheck();
+    void toggleVersionCheck();
+    bool isVersionCheckRunning() const { return checker_ != nullptr; }
 
     std::size_t undoSize() const { return undoStack_.size(); }
     std::size_t undoPosition() const { return undoPosition_; }
@@ -124,6 +151,9 @@ private:
     void writePatchName(const std::string& value, bool continuous);
     void fillConstants();
     void showLayoutError(const std::string& message);
+    // Calls on the patch dialogs' own window and fonts.
+    Path runPatchDialog(const FileBrowserSetup& setup, bool saving, const Path& start, const std::string& suggestion);
+    bool switchPatchState(const std::string& params, bool perform);
 
     ModelServices& services_;
     const ModelFactory& factory_;
@@ -147,6 +177,13 @@ private:
     std::size_t undoPosition_ = 0;
     std::vector<bool> editedBits_;
     std::vector<std::uint32_t> rememberedStamps_;
+    FileBrowserSetup browserSetup_;
+    FileBrowserSetup saveSetup_;
+    PatchBrowser browser_;
+    std::string versionCheckUrl_;
+    VersionChecker::ConnectionProbe connectionProbe_ = hasNetworkConnection;
+    bool versionCheckEnabled_ = false;
+    std::unique_ptr<VersionChecker> checker_;
 };
 
 }  // namespace tw

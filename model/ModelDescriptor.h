@@ -36,6 +36,8 @@ struct ModelDescriptor {
     // the words are zero, which the model reads as "nothing to register".
     std::string licenceKey;
     std::array<std::uint32_t, 4> licenceWords;
+    // The maker's address for the check for a newer build; empty turns the check off.
+    std::string versionCheckUrl;
 };
 
 // A four-character code as a number whose big-endian bytes spell it.

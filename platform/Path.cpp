@@ -153,34 +153,50 @@ void Path::createFolder() const {
         throw QvxFiles::Exception("Error creating file", ENOTDIR, text);
 }
 
-std::vector<Path> Path::list(std::string_view extension) const {
+namespace {
+
+// Entries of a folder whose names pass `wanted`, and which are plain files or folders
+// as `folders` asks; links count as what they point to.
+template <class Wanted>
+std::vector<Path> listEntries(const std::string* text, bool folders, Wanted wanted) {
     std::vector<Path> files;
-    if (!text_) return files;
-    std::string folder = *text_;
+    if (text == nullptr) return files;
+    std::string folder = *text;
     if (folder.back() != '/') folder.push_back('/');
     DIR* dir = ::opendir(folder.c_str());
     if (dir == nullptr) {
         if (errno == ENOENT || errno == ENOTDIR) return files;
         throw QvxFiles::Exception("Error listing file directory", errno, folder);
     }
-    std::string suffix = extension.empty() ? std::string() : "." + std::string(extension);
     for (;;) {
         errno = 0;
         const dirent* entry = ::readdir(dir);
         if (entry == nullptr) break;
         std::string_view name = entry->d_name;
-        if (name.front() == '.' || !endsWithNoCase(name, suffix)) continue;
-        bool isFile = entry->d_type == DT_REG;
+        if (name.front() == '.' || !wanted(name)) continue;
+        bool isWanted = entry->d_type == (folders ? DT_DIR : DT_REG);
         if (entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN) {
             struct stat info {};
-            isFile = ::fstatat(::dirfd(dir), entry->d_name, &info, 0) == 0 && S_ISREG(info.st_mode);
+            isWanted = ::fstatat(::dirfd(dir), entry->d_name, &info, 0) == 0 &&
+                       (folders ? S_ISDIR(info.st_mode) : S_ISREG(info.st_mode));
         }
-        if (isFile) files.push_back(Path(folder + std::string(name)));
+        if (isWanted) files.push_back(Path::parse(folder + std::string(name) + (folders ? "/" : "")));
     }
     int error = errno;
     ::closedir(dir);
     if (error != 0) throw QvxFiles::Exception("Error listing file directory", error, folder);
     return files;
+}
+
+}  // namespace
+
+std::vector<Path> Path::list(std::string_view extension) const {
+    const std::string suffix = extension.empty() ? std::string() : "." + std::string(extension);
+    return listEntries(text_.get(), false, [&](std::string_view name) { return endsWithNoCase(name, suffix); });
+}
+
+std::vector<Path> Path::listFolders() const {
+    return listEntries(text_.get(), true, [](std::string_view) { return true; });
 }
 
 }  // namespace tw

@@ -52,6 +52,9 @@ public:
     // files when it is empty. Never ".", "..", folders or hidden files; unsorted. A folder
     // that does not exist answers with an empty list.
     std::vector<Path> list(std::string_view extension) const;
+    // The folders in this folder, each ending in '/'; never ".", ".." or hidden ones;
+    // unsorted. A folder that does not exist answers with an empty list.
+    std::vector<Path> listFolders() const;
 
 private:
     explicit Path(std::string text) : text_(std::make_shared<const std::string>(std::move(text))) {}
