@@ -644,14 +644,14 @@ Path ModelController::runPatchDialog(const FileBrowserSetup& setup, bool saving,
     dialog.fileNameLabel = translate("File name:");
     // Each file selected while opening is heard at once, through the edit patch, without
     // touching the program; closing the dialog in any way ends the audition.
-    struct Preview {
-        ModelServices& services;
-        ~Preview() { services.setEditPatch(nullptr); }
-    };
-    std::unique_ptr<Preview> preview;
+    struct EndAudition {
+        ModelServices* services;
+        ~EndAudition() {
+            if (services != nullptr) services->setEditPatch(nullptr);
+        }
+    } endAudition{saving ? nullptr : &services_};
     FileDialog::SelectionListener listener;
     if (!saving) {
-        preview = std::make_unique<Preview>(Preview{services_});
         listener = [this](const Path& file) {
             try {
                 std::unique_ptr<Patch> patch = factory_.patchFromText(readWholeFile(file));
