@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "cushy/MessageBox.h"
 #include "platform/Exception.h"
 #include "speclang/SpecQuote.h"
 
@@ -260,7 +261,25 @@ void FileDialog::activate() {
                            std::equal(extension.begin(), extension.end(), setup_.extension.begin(),
                                       [](char a, char b) { return lowered(char32_t(a)) == lowered(char32_t(b)); });
     const std::string suffix = "." + setup_.extension;
-    choose(folder_.join(hasSuffix ? fileName_ : fileName_ + suffix));
+    const Path file = folder_.join(hasSuffix ? fileName_ : fileName_ + suffix);
+    if (confirmReplace(file)) choose(file);
+}
+
+bool FileDialog::confirmReplace(const Path& file) {
+    if (setup_.replacePrompt.empty() || owner_ == nullptr) return true;
+    try {
+        if (file.kind() == Path::Kind::absent) return true;
+    } catch (const std::exception&) {
+        return true;  // the save itself will say what is wrong
+    }
+    std::string text = setup_.replacePrompt;
+    if (const std::size_t at = text.find("^F"); at != std::string::npos) text.replace(at, 2, file.fileName());
+    MessageBox box(fonts_, text, AlertType::warning, AlertButtons::yesNo, AlertButton::no);
+    const std::unique_ptr<Window> window = owner_->openDialog(box, setup_.title, (owner_->width() - box.width()) / 2,
+                                                              (owner_->height() - box.height()) / 2, box.width(),
+                                                              box.height());
+    owner_->runModal([&] { return box.closed(); });
+    return box.result() == AlertButton::yes;
 }
 
 void FileDialog::choose(const Path& file) {
@@ -306,16 +325,17 @@ void FileDialog::typeAhead(char32_t c, std::uint32_t time) {
 // ---- Running ----
 
 Path FileDialog::run(Window& owner) {
+    owner_ = &owner;
     const std::int32_t x = (owner.width() - width_) / 2, y = (owner.height() - height_) / 2;
     const std::unique_ptr<Window> dialog = owner.openDialog(*this, setup_.title, x, y, width_, height_);
     dialog_ = dialog.get();
     try {
         owner.runModal([&] { return closed_; });
     } catch (...) {
-        dialog_ = nullptr;
+        dialog_ = owner_ = nullptr;
         throw;
     }
-    dialog_ = nullptr;
+    dialog_ = owner_ = nullptr;
     return result_;
 }
 

@@ -35,6 +35,8 @@ struct FileDialogSetup {
     std::map<int, Path> jumps;          // the folder a push button goes to, by control id
     Path startFolder;
     std::string fileName;       // saving: the name suggested
+    // Saving over a file asks this first, "^F" standing for the file's name; empty asks nothing.
+    std::string replacePrompt;
     std::string okLabel = "OK", cancelLabel = "Cancel", upLabel = "Up", fileNameLabel = "File name:";
 };
 
@@ -132,6 +134,8 @@ private:
     // Enter, a double click or OK: into a selected folder, else choose.
     void activate();
     void choose(const Path& file);
+    // Asks, in a message box over the dialog, whether an existing file may be replaced.
+    bool confirmReplace(const Path& file);
     void press(int part);
     void typeAhead(char32_t c, std::uint32_t time);
     std::string filterText(int filter) const;
@@ -159,6 +163,7 @@ private:
     bool closed_ = false;
     Path result_;
     Window* dialog_ = nullptr;
+    Window* owner_ = nullptr;
 };
 
 }  // namespace tw

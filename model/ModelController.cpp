@@ -638,6 +638,7 @@ Path ModelController::runPatchDialog(const FileBrowserSetup& setup, bool saving,
     dialog.jumps = {{factoryButtonId, setup.factoryFolder}, {userButtonId, setup.userFolder}};
     dialog.startFolder = start;
     dialog.fileName = suggestion;
+    dialog.replacePrompt = translate("^F already exists. Do you want to replace it?");
     dialog.okLabel = translate(saving ? "Save" : "Open");
     dialog.cancelLabel = translate("Cancel");
     dialog.upLabel = translate("Up");

@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "cushy/FileDialog.h"
+#include "cushy/MessageBox.h"
 #include "cushy/PopupMenu.h"
 #include "cushy/StringTable.h"
 #include "cushy/doubles/WindowDouble.h"
@@ -336,9 +337,32 @@ TEST_F(PatchBrowsing, SavingWritesHeaderlessCrLfTextThatOpensAgain) {
     EXPECT_EQ(controller->undoSize(), undo) << "saving is no undoable step";
     EXPECT_TRUE(loadBrowserDirectories("TidewakePatches").save.equals(Path::parse(temp.str())));
 
+    // Saving over the file asks first; No goes back to the dialog, Yes replaces it.
+    controller->setVariable(view(), "params.wetMix", "0.75", false);
+    std::vector<std::string> asked;
+    auto answer = [&](AlertButton button) {
+        return [&asked, button](WindowDouble& helper) {
+            auto& box = dynamic_cast<MessageBox&>(helper.client());
+            asked.push_back(box.lines().front());
+            const IntRect r = box.buttonRect(button);
+            helper.mouseDown(r.left + 3, r.top + 3);
+            helper.mouseUp(r.left + 3, r.top + 3);
+        };
+    };
+    drive({[](WindowDouble& helper) { helper.key(Key::enter); }, answer(AlertButton::no),
+           [](WindowDouble& helper) { helper.key(Key::escape); }});
+    perform("savePatch");
+    ASSERT_EQ(asked.size(), 1u);
+    EXPECT_EQ(asked[0].rfind("Night Ride.tidewake already exists.", 0), 0u) << asked[0];
+    EXPECT_EQ(temp.read("Night Ride.tidewake"), text);
+    drive({[](WindowDouble& helper) { helper.key(Key::enter); }, answer(AlertButton::yes)});
+    perform("savePatch");
+    EXPECT_EQ(asked.size(), 2u);
+    EXPECT_NE(temp.read("Night Ride.tidewake"), text);
+
     perform("initPatch");
     controller->openPatchFile(file("Night Ride.tidewake"));
-    EXPECT_FLOAT_EQ(wetMix(), 0.375f);
+    EXPECT_FLOAT_EQ(wetMix(), 0.75f);
     EXPECT_EQ(patchName(), "Night Ride");
     EXPECT_FALSE(enabled("switchPatch", "{ step: 1, wrap: true }")) << "the only file of its folder";
 }
