@@ -35,7 +35,11 @@ void PatchBrowser::forget() {
 Path PatchBrowser::nextPatchFile(const Path& current, bool forward, bool wrap, bool useCache) {
     if (current.empty()) return {};
     const std::vector<Path>& files = listFolder(current.parent(), useCache);
-    const auto found = std::find_if(files.begin(), files.end(), [&](const Path& p) { return p.equals(current); });
+    // The same text first: the listing made the path that was opened, and the locale's
+    // comparison of every name costs far more than this look-up on each refresh.
+    auto found = std::find_if(files.begin(), files.end(), [&](const Path& p) { return p.toString() == current.toString(); });
+    if (found == files.end())
+        found = std::find_if(files.begin(), files.end(), [&](const Path& p) { return p.equals(current); });
     if (found == files.end()) return {};
     const auto index = std::size_t(found - files.begin());
     const std::size_t count = files.size();
