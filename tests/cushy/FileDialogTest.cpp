@@ -234,3 +234,35 @@ TEST(FileDialog, RunsModallyOverTheEditorUntilAFileIsChosen) {
     EXPECT_EQ(heard, (std::vector<std::string>{"alpha one.tidewake", "beta.tidewake"}));
     EXPECT_TRUE(editor.window.helpers().empty()) << "the dialog's window went with it";
 }
+
+TEST(FileDialog, ALongFolderScrollsToKeepTheSelectionInView) {
+    Editor editor;
+    TempFolder temp;
+    for (int i = 10; i < 50; ++i) temp.write("Patch " + std::to_string(i) + ".tidewake", "x");
+    FileDialogSetup setup;
+    setup.typeLabel = "Tidewake Patch";
+    setup.extension = "tidewake";
+    setup.allFilesLabel = "All Files";
+    setup.startFolder = Path::parse(temp.str());
+    FileDialog dialog(fonts(editor), setup);
+    ASSERT_EQ(dialog.entries().size(), 40u);
+    dialog.keyDown(KeyEvent{Key::pageDown});
+    EXPECT_EQ(dialog.selected(), FileDialog::visibleRows - 1);
+    EXPECT_EQ(dialog.firstVisible(), 0);
+    dialog.keyDown(KeyEvent{Key::down});
+    EXPECT_EQ(dialog.firstVisible(), 1);
+    EXPECT_TRUE(dialog.rowRect(0).isEmpty()) << "scrolled out of view";
+    dialog.keyDown(KeyEvent{Key::end});
+    EXPECT_EQ(dialog.firstVisible(), 40 - FileDialog::visibleRows);
+    MouseEvent wheel;
+    wheel.wheel = 2;
+    dialog.mouseWheel(wheel);
+    EXPECT_EQ(dialog.firstVisible(), 40 - FileDialog::visibleRows - 6);
+    wheel.wheel = -10;
+    dialog.mouseWheel(wheel);
+    EXPECT_EQ(dialog.firstVisible(), 40 - FileDialog::visibleRows) << "no further than the last row";
+    dialog.keyDown(KeyEvent{Key::up});
+    Raster32 canvas(IntRect{0, 0, dialog.width(), dialog.height()}, true);
+    dialog.paint(PixelTile{canvas.at(0, 0), canvas.stride(), 0, 0, dialog.width(), dialog.height()});
+    tw::test::savePicture("cushy-file-dialog-scrolled.png", canvas);
+}
