@@ -99,6 +99,17 @@ TEST(Path, ListsFilesByExtensionOnly) {
         << "a folder named without its slash lists all the same";
     EXPECT_TRUE(folder.join("missing/").list("tidewake").empty());
     EXPECT_TRUE(folder.join("notes.txt/").list("").empty());
+
+    // The folders beside them: a link to a folder counts, hidden ones and files don't.
+    dir.write(".cache/x", "h");
+    names.clear();
+    for (const Path& p : folder.listFolders()) {
+        EXPECT_TRUE(p.isFolder()) << p.toString();
+        names.push_back(p.fileName());
+    }
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"folderlink.tidewake", "sub.tidewake"}));
+    EXPECT_TRUE(folder.join("missing/").listFolders().empty());
 }
 
 TEST(Path, KindAndFolderCreation) {
