@@ -80,6 +80,13 @@ FileDialog::FileDialog(HelperFonts fonts, FileDialogSetup setup, SelectionListen
     fileName_ = setup_.fileName;
     layOut();
     setFolder(setup_.startFolder);
+    if (setup_.saving || setup_.currentFile.empty()) return;
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (entries_[i].equals(setup_.currentFile)) {
+            selected_ = std::int32_t(i);
+            scrollTo(selected_);
+        }
+    }
 }
 
 // ---- The script's controls ----

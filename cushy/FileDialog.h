@@ -34,6 +34,9 @@ struct FileDialogSetup {
     std::map<int, std::string> labels;  // labels shown instead of the script's, by control id
     std::map<int, Path> jumps;          // the folder a push button goes to, by control id
     Path startFolder;
+    // Opening: the file shown selected at first, when the start folder holds it, so that
+    // the arrows go on from the current patch. It is not heard again.
+    Path currentFile;
     std::string fileName;       // saving: the name suggested
     // Saving over a file asks this first, "^F" standing for the file's name; empty asks nothing.
     std::string replacePrompt;

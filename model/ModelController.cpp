@@ -625,7 +625,7 @@ bool ModelController::switchPatchState(const std::string& params, bool perform) 
 void ModelController::switchPatch(const std::string& params) { switchPatchState(params, true); }
 
 Path ModelController::runPatchDialog(const FileBrowserSetup& setup, bool saving, const Path& start,
-                                     const std::string& suggestion) {
+                                     const std::string& suggestion, const Path& current) {
     FileDialogSetup dialog;
     dialog.title = setup.title;
     dialog.saving = saving;
@@ -637,6 +637,7 @@ Path ModelController::runPatchDialog(const FileBrowserSetup& setup, bool saving,
     dialog.labels = {{factoryButtonId, setup.factoryLabel}, {userButtonId, setup.userLabel}};
     dialog.jumps = {{factoryButtonId, setup.factoryFolder}, {userButtonId, setup.userFolder}};
     dialog.startFolder = start;
+    dialog.currentFile = current;
     dialog.fileName = suggestion;
     dialog.replacePrompt = translate("^F already exists. Do you want to replace it?");
     dialog.okLabel = translate(saving ? "Save" : "Open");
@@ -685,7 +686,7 @@ void ModelController::openPatch() {
     if (window_ == nullptr) return;
     const BrowserFolders remembered = loadBrowserDirectories(browserSetup_.name);
     const Path start = PatchBrowser::pickStartFolder(browserSetup_, cachedPatch().getPath(), remembered.open);
-    const Path chosen = runPatchDialog(browserSetup_, false, start, std::string());
+    const Path chosen = runPatchDialog(browserSetup_, false, start, std::string(), cachedPatch().getPath());
     if (chosen.empty()) return;
     rememberFolders(browserSetup_.name, chosen.parent(), remembered.save);
     openPatchFile(chosen);
@@ -698,7 +699,7 @@ void ModelController::savePatch() {
                                                                 translate("Untitled " + descriptor_.publicName + " Patch"));
     const BrowserFolders remembered = loadBrowserDirectories(saveSetup_.name);
     const Path start = PatchBrowser::pickStartFolder(saveSetup_, path, remembered.save);
-    const Path chosen = runPatchDialog(saveSetup_, true, start, suggestion);
+    const Path chosen = runPatchDialog(saveSetup_, true, start, suggestion, Path());
     if (chosen.empty()) return;
     // The file's name names the patch, which is now clean; neither is an undoable step.
     std::unique_ptr<Patch> patch = services_.clonePatch(currentProgram_);

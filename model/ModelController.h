@@ -152,7 +152,8 @@ private:
     void fillConstants();
     void showLayoutError(const std::string& message);
     // Calls on the patch dialogs' own window and fonts.
-    Path runPatchDialog(const FileBrowserSetup& setup, bool saving, const Path& start, const std::string& suggestion);
+    Path runPatchDialog(const FileBrowserSetup& setup, bool saving, const Path& start, const std::string& suggestion,
+                        const Path& current);
     bool switchPatchState(const std::string& params, bool perform);
 
     ModelServices& services_;

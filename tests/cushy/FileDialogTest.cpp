@@ -100,6 +100,14 @@ TEST(FileDialog, KeysMoveTheSelectionAndEachFileIsHeardAtOnce) {
     dialog.keyDown(KeyEvent{Key::up});
     EXPECT_EQ(heard, (std::vector<std::string>{"alpha one.tidewake", "Charlie.TIDEWAKE", "beta.tidewake"}));
 
+    FileDialogSetup fromCurrent = setupFor(scratch);
+    fromCurrent.currentFile = scratch.folder("beta.tidewake");
+    FileDialog second(fonts(editor), fromCurrent, [&](const Path& p) { heard.push_back(p.fileName()); });
+    EXPECT_EQ(second.selected(), 3) << "the current patch shows selected";
+    EXPECT_EQ(heard.size(), 3u) << "and is not heard again";
+    second.keyDown(KeyEvent{Key::down});
+    EXPECT_EQ(heard.back(), "Charlie.TIDEWAKE") << "the arrows go on from it";
+
     // Typing jumps to the first name that starts with what was typed within a second.
     dialog.keyDown(typed('z', 5000));
     EXPECT_EQ(dialog.getSelection().fileName(), "zeta");
