@@ -66,6 +66,9 @@ delay_value="312 150"
 menu_button="501 20"
 patch_name="294 20"
 next_patch="432 20"
+# The patch menu opens at the click on the name: "Browse Patches...", a separator, then
+# the factory patches in their folder's order, 20 pixels apart; the third is MW Dr Dub.
+menu_dr_dub="340 100"
 # The main menu opens under its button; these are its items, in the editor's pixels.
 menu_undo="515 45"
 menu_about="515 266"
@@ -131,13 +134,28 @@ closed=$(differing "$work/before-about.png" "$work/after-about.png")
 [ "${opened%.*}" -gt 40000 ] || fail "the about box did not show ($opened pixels changed)"
 [ "${closed%.*}" -lt 2000 ] || fail "the about box did not close ($closed pixels still differ)"
 
+# The patch menu lists the factory folder; a choice loads that file, and the arrow then
+# steps to the next file of the folder.
+click "$patch_name"
+sleep 0.3
+click "$menu_dr_dub"
+wait_for '^display "MW Dr Dub"$'
+click "$next_patch"
+wait_for '^display "MW Educational VHS"$'
+
 # Closing: the host closes the editor and ends the plug-in as a host would.
 kill -TERM "$host_pid"
 if ! wait "$host_pid"; then fail "the host did not end cleanly after closing the editor"; fi
 host_pid=
+# What changed in the editor outlives it: the next instance starts with that patch.
+"$vst2host" info "$plugin" | grep -Eq "^ +0  MW Educational VHS\$" ||
+    fail "the next instance did not start with the patch the editor left"
 
-# The face as committed: a snapshot of a fresh editor against the screenshot. Fonts and
-# artwork are our own, drawn the same on every machine, so only a small part may differ.
+# The face as committed: a snapshot of a fresh editor, in a fresh home, against the
+# screenshot. Fonts and artwork are our own, drawn the same on every machine, so only a
+# small part may differ.
+export HOME=$work/fresh-home XDG_CONFIG_HOME=$work/fresh-home/.config XDG_DATA_HOME=$work/fresh-home/.local/share
+mkdir -p "$HOME"
 "$vst2host" snapshot "$plugin" "$work/snapshot.png" --no-audio --idle 5 >/dev/null
 changed=$(differing "$screenshot" "$work/snapshot.png")
 if [ "${changed%.*}" -gt 500 ]; then
