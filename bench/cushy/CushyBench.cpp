@@ -4,6 +4,7 @@
 // And what one step of a knob drag costs (the move, the value, the repaint of what changed)
 // against a repaint of the whole window, on a screen of panels and 19 knobs, with the
 // pixels repainted against the knob's own area.
+#include "bench/RatioReporter.h"
 #include "cushy/CushyView.h"
 #include "cushy/CushyWindowClient.h"
 #include "cushy/doubles/MapHost.h"
@@ -13,7 +14,6 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <map>
 #include <string>
 
 namespace {
@@ -138,20 +138,11 @@ void fullRepaint(benchmark::State& state) {
 }
 BENCHMARK(fullRepaint);
 
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    std::map<std::string, double> times;
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs) times[run.benchmark_name()] = run.GetAdjustedCPUTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
+    tw::bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     if (reporter.times.count("refreshUnchanged") && reporter.times.count("readVariables"))
         std::printf("refreshUnchanged %6.2f x readVariables (200 views, 200 variables)\n",

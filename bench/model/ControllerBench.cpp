@@ -7,13 +7,13 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <map>
 #include <stdexcept>
 #include <string>
 
 #include <cstring>
 #include <vector>
 
+#include "bench/RatioReporter.h"
 #include "cushy/CushyView.h"
 #include "cushy/StringTable.h"
 #include "cushy/doubles/WindowDouble.h"
@@ -122,20 +122,11 @@ void delayKnobTurn(benchmark::State& state) {
 }
 BENCHMARK(delayKnobTurn);
 
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    std::map<std::string, double> times;
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs) times[run.benchmark_name()] = run.GetAdjustedCPUTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
+    tw::bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     const double clone = reporter.times["clonePatch"];
     if (clone > 0) {

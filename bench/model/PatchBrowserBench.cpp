@@ -10,13 +10,13 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <string>
 #include <vector>
 
+#include "bench/RatioReporter.h"
+#include "cushy/CushyView.h"
 #include "cushy/FileDialog.h"
 #include "cushy/doubles/MapHost.h"
-#include "cushy/CushyView.h"
 #include "graphics/ResourceManager.h"
 #include "model/PatchBrowser.h"
 
@@ -89,20 +89,11 @@ void dialogRepaint(benchmark::State& state) {
 }
 BENCHMARK(dialogRepaint);
 
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    std::map<std::string, double> times;
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs) times[run.benchmark_name()] = run.GetAdjustedCPUTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
+    tw::bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     if (const double fresh = reporter.times["freshListing"]; fresh > 0)
         std::printf("neighbourFromCache %8.4f x freshListing (300 patch files)\n",

@@ -2,6 +2,7 @@
 // with the bare number conversion, measured in the same run. Layouts are parsed at view
 // construction and action parameters at every click, so the scanners should stay within a
 // small factor of reading the bytes once.
+#include "bench/RatioReporter.h"
 #include "speclang/SpecExpression.h"
 #include "speclang/SpecLanguage.h"
 
@@ -9,7 +10,6 @@
 
 #include <charconv>
 #include <cstdio>
-#include <map>
 #include <string>
 
 namespace {
@@ -75,21 +75,11 @@ void evaluateBounds(benchmark::State& state) {
 BENCHMARK(evaluateBounds);
 
 // Keeps each benchmark's time per iteration so that the ratios can be printed at the end.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    std::map<std::string, double> times;
-
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs) times[run.benchmark_name()] = run.GetAdjustedCPUTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
+    tw::bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     auto ratio = [&reporter](const char* name, const char* reference) {
         if (reporter.times.count(name) && reporter.times.count(reference)) {

@@ -19,6 +19,7 @@
 #include "model/Prefs.h"
 #include "model/TidewakeDescriptor.h"
 #include "platform/Launcher.h"
+#include "tests/host/ProductResources.h"
 #include "tests/host/TestHost.h"
 #include "tests/model/LoopbackServer.h"
 
@@ -27,18 +28,8 @@ namespace {
 using namespace tw;
 using tw::test::LoopbackServer;
 using tw::test::TestHost;
-
-ResourceManager& resources() {
-    static ResourceManager manager("Tidewake", std::string(TIDEWAKE_BINARY_DIR) + "/");
-    return manager;
-}
-
-StringTable& strings() {
-    static StringTable table;
-    static const bool loaded = (table.load(resources(), "Tidewake"), true);
-    (void)loaded;
-    return table;
-}
+using tw::test::resources;
+using tw::test::strings;
 
 std::string answer(const std::string& record) { return test::httpOk("Tidewake.linux.x64: { " + record + " }\n"); }
 

@@ -14,29 +14,20 @@
 #include "cushy/TextEntryDialog.h"
 #include "cushy/doubles/WindowDouble.h"
 #include "graphics/Font.h"
-#include "graphics/PNGWriter.h"
 #include "graphics/Image.h"
+#include "graphics/PNGWriter.h"
 #include "graphics/ResourceManager.h"
 #include "model/ModelController.h"
 #include "model/TidewakeDescriptor.h"
+#include "tests/host/ProductResources.h"
 #include "tests/host/TestHost.h"
 
 namespace {
 
 using namespace tw;
 using tw::test::TestHost;
-
-ResourceManager& resources() {
-    static ResourceManager manager("Tidewake", std::string(TIDEWAKE_BINARY_DIR) + "/");
-    return manager;
-}
-
-StringTable& strings() {
-    static StringTable table;
-    static const bool loaded = (table.load(resources(), "Tidewake"), true);
-    (void)loaded;
-    return table;
-}
+using tw::test::resources;
+using tw::test::strings;
 
 std::string resourceText(const char* type, const char* name) {
     const std::vector<std::uint8_t> bytes = resources().loadBinary(type, name);

@@ -19,6 +19,7 @@
 #include "platform/Clipboard.h"
 #include "platform/Exception.h"
 #include "platform/SharedStore.h"
+#include "tests/host/ProductResources.h"
 #include "tests/host/TestHost.h"
 
 namespace {
@@ -26,18 +27,8 @@ namespace {
 using namespace tw;
 using tw::test::HostCall;
 using tw::test::TestHost;
-
-ResourceManager& resources() {
-    static ResourceManager manager("Tidewake", std::string(TIDEWAKE_BINARY_DIR) + "/");
-    return manager;
-}
-
-StringTable& strings() {
-    static StringTable table;
-    static const bool loaded = (table.load(resources(), "Tidewake"), true);
-    (void)loaded;
-    return table;
-}
+using tw::test::resources;
+using tw::test::strings;
 
 class Controller : public ::testing::Test {
 protected:
