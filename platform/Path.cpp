@@ -25,15 +25,29 @@ std::string_view lastSegment(std::string_view text) {
 }
 
 // The locale of the user's environment, for ordering names as the desktop does; the
-// host may never have called setlocale, so the process locale is no guide.
+// host may never have called setlocale, so the process locale is no guide. It is freed
+// when the library is unloaded, as hosts do with plug-ins they no longer use.
+class UserLocale {
+public:
+    UserLocale() {
+        locale_ = newlocale(LC_COLLATE_MASK | LC_CTYPE_MASK, "", locale_t(0));
+        if (locale_ == locale_t(0)) locale_ = newlocale(LC_COLLATE_MASK | LC_CTYPE_MASK, "C.UTF-8", locale_t(0));
+        if (locale_ == locale_t(0)) locale_ = newlocale(LC_COLLATE_MASK | LC_CTYPE_MASK, "C", locale_t(0));
+    }
+    ~UserLocale() {
+        if (locale_ != locale_t(0)) freelocale(locale_);
+    }
+    UserLocale(const UserLocale&) = delete;
+    UserLocale& operator=(const UserLocale&) = delete;
+    locale_t get() const { return locale_; }
+
+private:
+    locale_t locale_;
+};
+
 locale_t userLocale() {
-    static locale_t locale = [] {
-        locale_t l = newlocale(LC_COLLATE_MASK | LC_CTYPE_MASK, "", locale_t(0));
-        if (l == locale_t(0)) l = newlocale(LC_COLLATE_MASK | LC_CTYPE_MASK, "C.UTF-8", locale_t(0));
-        if (l == locale_t(0)) l = newlocale(LC_COLLATE_MASK | LC_CTYPE_MASK, "C", locale_t(0));
-        return l;
-    }();
-    return locale;
+    static const UserLocale locale;
+    return locale.get();
 }
 
 // UTF-8 to wide characters, lowered in case. A byte that starts no valid sequence stands
