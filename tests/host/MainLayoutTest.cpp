@@ -304,8 +304,8 @@ TEST(Artwork, FilmsHoldTheFramesTheLayoutCounts) {
         const char* name;
         std::int32_t size, frames;
     };
-    for (const Film& f : {Film{"Tidewake_knob_big", 64, 128}, Film{"Tidewake_knob_unipolar", 48, 96}, Film{"Tidewake_knob_modulation", 48, 96},
-                          Film{"Tidewake_knob_small", 32, 96}, Film{"Tidewake_lamp", 14, 16}}) {
+    for (const Film& f : {Film{"Tidewake_knob_big", 64, 96}, Film{"Tidewake_knob_unipolar", 48, 64}, Film{"Tidewake_knob_modulation", 48, 64},
+                          Film{"Tidewake_knob_small", 32, 64}, Film{"Tidewake_lamp", 14, 16}}) {
         const std::shared_ptr<Image> image = resources().getImage(resources().parseImageSpec(f.name));
         const IntRect bounds = image->getBounds();
         EXPECT_EQ(bounds.width, f.size) << f.name;
