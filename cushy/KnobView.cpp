@@ -2,14 +2,12 @@
 
 #include "cushy/CushyHost.h"
 #include "cushy/CushyView.h"
-#include "cushy/HintWindow.h"
 #include "cushy/ShapeFill.h"
 #include "graphics/Film.h"
 #include "graphics/Image.h"
 #include "graphics/InterpolatedFilm.h"
 #include "speclang/SpecColor.h"
 #include "speclang/SpecExpression.h"
-#include "speclang/SpecQuote.h"
 
 #include <cmath>
 #include <numbers>
@@ -26,9 +24,7 @@ constexpr std::int32_t wheelPixels = 8;
 }  // namespace
 
 KnobView::KnobView(CushyView& layout, const IntRect& rect, const SpecMap& spec)
-    : layout_(layout), variable_(unquote(lookup(spec, "variable"))),
-      readOnlyKey_(toBool(lookup(spec, "readonly"), false)), readOnly_(readOnlyKey_),
-      wheel_(layout, variable_, [this] { syncNow(); }) {
+    : ValueControlView(layout, spec) {
     CushyHost& host = layout.host();
     const auto [lower, upper] = parsePair(lookup(spec, "range"), {0, 1});
     value_.lower = lower, value_.upper = upper;
@@ -150,22 +146,6 @@ void KnobView::paint(Raster32& canvas, const IntRect&) {
     strokeShape(canvas, dial, dial_, BlendMode::normal);
 }
 
-void KnobView::change(double value) {
-    if (!value_.set(value)) return;
-    invalidateAll();
-    if (dragging_ || wheel_.active()) layout_.host().setVariable(layout_, variable_, formatVariableNumber(value_.value), true);
-    if (dragging_ && hintWindow_) hintWindow_->textChanged(*this, hintTextNow());
-}
-
-void KnobView::takeValue(double value) {
-    // The model's value is a 32-bit float: the knob shows what it holds.
-    if (value_.set(double(float(value)))) invalidateAll();
-}
-
-void KnobView::syncNow() {
-    takeValue(variableNumber(layout_.host().getVariable(layout_, variable_), value_.defaultValue));
-}
-
 void KnobView::grab(const MouseEvent& event, bool ctrl) {
     grab_ = Grab{event.x, event.y, value_.value, event.shift, ctrl, event.alt};
 }
@@ -213,12 +193,9 @@ bool KnobView::mouseDown(const MouseEvent& event) {
         if (dx * dx + dy * dy > capRadius_ * capRadius_) return false;
     }
     const ViewRef keep = weak_from_this().lock();
-    wheel_.end();
     grab(event, event.ctrl);
-    captureMouse();
-    if (hintWindow_ && !hintText_.empty())
-        hintWindow_->showNow(*this, hintTextNow(), screenFrame_.left + event.x, screenFrame_.top + event.y + 22);
-    if (grab_.ctrl) change(value_.defaultValue);
+    holdForDrag(event);
+    if (grab_.ctrl) write(value_.defaultValue);
     return true;
 }
 
@@ -230,32 +207,10 @@ void KnobView::mouseMove(const MouseEvent& event) {
     // A change of gear starts the drag afresh where it stands, so the value doesn't jump.
     if (event.shift != grab_.shift || event.alt != grab_.alt) grab(event, grab_.ctrl);
     if (grab_.ctrl) {
-        change(value_.defaultValue);
+        write(value_.defaultValue);
         return;
     }
-    change(event.alt ? angleValue(event) : dragValue(event));
-}
-
-void KnobView::mouseUp(const MouseEvent& event) {
-    if (!dragging_) HintedView::mouseUp(event);
-    else releaseCapture();
-}
-
-void KnobView::captureMouse() {
-    HintedView::captureMouse();
-    if (dragging_) return;
-    dragging_ = true;
-    layout_.host().beginEnd(layout_, variable_, true);
-}
-
-void KnobView::releaseCapture() {
-    const bool ending = dragging_ && captureHolder() == this;
-    HintedView::releaseCapture();
-    if (!ending) return;
-    dragging_ = false;
-    hideHint();
-    layout_.host().beginEnd(layout_, variable_, false);
-    syncNow();
+    write(event.alt ? angleValue(event) : dragValue(event));
 }
 
 bool KnobView::mouseWheel(const MouseEvent& event) {
@@ -270,14 +225,9 @@ bool KnobView::mouseWheel(const MouseEvent& event) {
     double value = before + (value_.upper - value_.lower) * perNotch * event.wheel;
     // The wheel stops on the snap point on its way past.
     if (snapValue_ && before != *snapValue_ && (before < *snapValue_) != (value < *snapValue_)) value = *snapValue_;
-    change(value);
+    write(value);
     wheel_.rearm(window_);
     return true;
-}
-
-void KnobView::detached(Window& window) {
-    wheel_.drop(window);
-    HintedView::detached(window);
 }
 
 }  // namespace tw

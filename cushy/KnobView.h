@@ -15,11 +15,8 @@
 #include <optional>
 #include <string>
 
-#include "cushy/ControlValue.h"
-#include "cushy/HintedView.h"
 #include "cushy/Stroke.h"
-#include "cushy/VariableReading.h"
-#include "cushy/WheelGesture.h"
+#include "cushy/ValueControlView.h"
 #include "speclang/SpecLanguage.h"
 
 namespace tw {
@@ -28,7 +25,7 @@ class CushyView;
 class Film;
 class Image;
 
-class KnobView : public HintedView, public ValueControl {
+class KnobView : public ValueControlView {
 public:
     // Reads every key of a knob; throws the readers' faults.
     KnobView(CushyView& layout, const IntRect& rect, const SpecMap& spec);
@@ -37,19 +34,8 @@ public:
     void paint(Raster32& canvas, const IntRect& clip) override;
     bool mouseDown(const MouseEvent& event) override;
     void mouseMove(const MouseEvent& event) override;
-    void mouseUp(const MouseEvent& event) override;
     bool mouseWheel(const MouseEvent& event) override;
-    void captureMouse() override;
-    void releaseCapture() override;
-    void detached(Window& window) override;
-    std::string valueText() override { return formatVariableNumber(value_.value); }
 
-    const std::string& variableName() const override { return variable_; }
-    double defaultValue() const override { return value_.defaultValue; }
-    void takeValue(double value) override;
-    void setWritable(bool writable) override { readOnly_ = !writable || readOnlyKey_; }
-
-    double value() const { return value_.value; }
     // The film frame the value shows, or -1 without a film.
     std::int32_t frameIndex() const;
 
@@ -60,20 +46,12 @@ private:
         bool shift = false, ctrl = false, alt = false;
     };
 
-    // Sets the value and, while the knob is held or turned by the wheel, writes it out.
-    void change(double value);
     void grab(const MouseEvent& event, bool ctrl);
     double dragValue(const MouseEvent& event) const;
     double angleValue(const MouseEvent& event) const;
     double snapped(double value, double step) const;
     double angleOf(double value) const;
-    void syncNow();
 
-    CushyView& layout_;
-    std::string variable_;
-    bool readOnlyKey_;
-    bool readOnly_;
-    ControlValue value_;
     double sweepStart_, sweepExtent_;  // radians, 0 straight up, clockwise
     // Drag gearing: fractions of the range per step of `resolution_` pixels.
     std::int32_t resolution_ = 1;
@@ -95,8 +73,6 @@ private:
     std::unique_ptr<Film> film_;
     std::int32_t filmX_ = 0, filmY_ = 0;
     Grab grab_;
-    bool dragging_ = false;
-    WheelGesture wheel_;
 };
 
 }  // namespace tw

@@ -2,7 +2,6 @@
 
 #include "cushy/CushyHost.h"
 #include "cushy/CushyView.h"
-#include "cushy/HintWindow.h"
 #include "cushy/ShapeFill.h"
 #include "graphics/Film.h"
 #include "graphics/Image.h"
@@ -42,9 +41,7 @@ double capRoundness(const std::string& raw) {
 }  // namespace
 
 SliderView::SliderView(CushyView& layout, const IntRect& rect, const SpecMap& spec)
-    : layout_(layout), variable_(unquote(lookup(spec, "variable"))),
-      readOnlyKey_(toBool(lookup(spec, "readonly"), false)), readOnly_(readOnlyKey_),
-      fineRatio_(evaluateDouble(lookup(spec, "fineRatio"), 10) / 100), wheel_(layout, variable_, [this] { syncNow(); }) {
+    : ValueControlView(layout, spec), fineRatio_(evaluateDouble(lookup(spec, "fineRatio"), 10) / 100) {
     CushyHost& host = layout.host();
     const auto [lower, upper] = parsePair(lookup(spec, "range"), {0, 1});
     value_.lower = lower, value_.upper = upper;
@@ -158,30 +155,16 @@ void SliderView::change(double value) {
         const double pixels = std::fabs(value - *snapValue_) / std::fabs(value_.upper - value_.lower) * length_;
         if (pixels <= snapArea_) value = *snapValue_;
     }
-    if (!value_.set(value)) return;
-    invalidateAll();
-    if (dragging_ || wheel_.active()) layout_.host().setVariable(layout_, variable_, formatVariableNumber(value_.value), true);
-    if (dragging_ && hintWindow_) hintWindow_->textChanged(*this, hintTextNow());
-}
-
-void SliderView::takeValue(double value) {
-    if (value_.set(double(float(value)))) invalidateAll();
-}
-
-void SliderView::syncNow() {
-    takeValue(variableNumber(layout_.host().getVariable(layout_, variable_), value_.defaultValue));
+    write(value);
 }
 
 bool SliderView::mouseDown(const MouseEvent& event) {
     if (event.button != leftButton || readOnly_) return false;
     const ViewRef keep = weak_from_this().lock();
-    wheel_.end();
     grabFraction_ = fractionAt(event.x + 0.5, event.y + 0.5);
     grabValue_ = value_.value;
     grabShift_ = event.shift, grabCtrl_ = event.ctrl;
-    captureMouse();
-    if (hintWindow_ && !hintText_.empty())
-        hintWindow_->showNow(*this, hintTextNow(), screenFrame_.left + event.x, screenFrame_.top + event.y + 22);
+    holdForDrag(event);
     if (grabCtrl_) change(value_.defaultValue);
     return true;
 }
@@ -201,28 +184,6 @@ void SliderView::mouseMove(const MouseEvent& event) {
     change(grabValue_ + (f - grabFraction_) * gear * (value_.upper - value_.lower));
 }
 
-void SliderView::mouseUp(const MouseEvent& event) {
-    if (!dragging_) HintedView::mouseUp(event);
-    else releaseCapture();
-}
-
-void SliderView::captureMouse() {
-    HintedView::captureMouse();
-    if (dragging_) return;
-    dragging_ = true;
-    layout_.host().beginEnd(layout_, variable_, true);
-}
-
-void SliderView::releaseCapture() {
-    const bool ending = dragging_ && captureHolder() == this;
-    HintedView::releaseCapture();
-    if (!ending) return;
-    dragging_ = false;
-    hideHint();
-    layout_.host().beginEnd(layout_, variable_, false);
-    syncNow();
-}
-
 bool SliderView::mouseWheel(const MouseEvent& event) {
     if (readOnly_ || dragging_ || event.wheel == 0) return false;
     wheel_.begin();
@@ -230,11 +191,6 @@ bool SliderView::mouseWheel(const MouseEvent& event) {
     change(value_.value + step * event.wheel * (value_.upper - value_.lower));
     wheel_.rearm(window_);
     return true;
-}
-
-void SliderView::detached(Window& window) {
-    wheel_.drop(window);
-    HintedView::detached(window);
 }
 
 }  // namespace tw

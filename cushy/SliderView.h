@@ -15,11 +15,8 @@
 #include <optional>
 #include <string>
 
-#include "cushy/ControlValue.h"
-#include "cushy/HintedView.h"
-#include "cushy/VariableReading.h"
+#include "cushy/ValueControlView.h"
 #include "graphics/Matrix.h"
-#include "cushy/WheelGesture.h"
 #include "speclang/SpecLanguage.h"
 
 namespace tw {
@@ -28,7 +25,7 @@ class CushyView;
 class Film;
 class Image;
 
-class SliderView : public HintedView, public ValueControl {
+class SliderView : public ValueControlView {
 public:
     // Throws FormatException "Unsupported cap roundness: " with the value, or the
     // readers' faults.
@@ -38,33 +35,17 @@ public:
     void paint(Raster32& canvas, const IntRect& clip) override;
     bool mouseDown(const MouseEvent& event) override;
     void mouseMove(const MouseEvent& event) override;
-    void mouseUp(const MouseEvent& event) override;
     bool mouseWheel(const MouseEvent& event) override;
-    void captureMouse() override;
-    void releaseCapture() override;
-    void detached(Window& window) override;
-    std::string valueText() override { return formatVariableNumber(value_.value); }
 
-    const std::string& variableName() const override { return variable_; }
-    double defaultValue() const override { return value_.defaultValue; }
-    void takeValue(double value) override;
-    void setWritable(bool writable) override { readOnly_ = !writable || readOnlyKey_; }
-
-    double value() const { return value_.value; }
     // Where a fraction of the range lies on the slit.
     Point pointAt(double fraction) const;
 
 private:
     // The fraction of the slit nearest to the point, and for an arc the unwrapped angle.
     double fractionAt(double x, double y) const;
+    // Snaps, then writes.
     void change(double value);
-    void syncNow();
 
-    CushyView& layout_;
-    std::string variable_;
-    bool readOnlyKey_;
-    bool readOnly_;
-    ControlValue value_;
     double fineRatio_;
     // The slit: a line from (x0, y0) to (x1, y1), or an arc round (cx, cy).
     bool arc_ = false;
@@ -81,8 +62,6 @@ private:
     std::unique_ptr<Film> film_;
     double grabFraction_ = 0, grabValue_ = 0;
     bool grabShift_ = false, grabCtrl_ = false;
-    bool dragging_ = false;
-    WheelGesture wheel_;
 };
 
 }  // namespace tw

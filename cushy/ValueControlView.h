@@ -1,0 +1,60 @@
+// What knobs and sliders share: the variable they show and write, the value held in its
+// range, the read-only switch, and the host's side of their gestures. A drag, from the
+// press that takes the mouse to the release or a lost capture, and a run of wheel notches
+// are each one begin and one end for the host (one undo step for the user); when a drag
+// ends the control reads its variable back, since the host may hold the value to its own
+// steps.
+#pragma once
+
+#include <string>
+
+#include "cushy/ControlValue.h"
+#include "cushy/HintedView.h"
+#include "cushy/VariableReading.h"
+#include "cushy/WheelGesture.h"
+#include "speclang/SpecLanguage.h"
+
+namespace tw {
+
+class CushyView;
+
+class ValueControlView : public HintedView, public ValueControl {
+public:
+    void mouseUp(const MouseEvent& event) override;
+    void captureMouse() override;
+    void releaseCapture() override;
+    void detached(Window& window) override;
+    std::string valueText() override { return formatVariableNumber(value_.value); }
+
+    const std::string& variableName() const override { return variable_; }
+    double defaultValue() const override { return value_.defaultValue; }
+    // The model's value is a 32-bit float: the control shows what it holds.
+    void takeValue(double value) override;
+    void setWritable(bool writable) override { readOnly_ = !writable || readOnlyKey_; }
+
+    double value() const { return value_.value; }
+
+protected:
+    // Reads the keys `variable` and `readonly`; the range and the default are the
+    // control's own to read.
+    ValueControlView(CushyView& layout, const SpecMap& spec);
+
+    // The press that starts a drag: a run of wheel notches ends, the control takes the
+    // mouse (the host hears the begin), and the hint shows at the pointer.
+    void holdForDrag(const MouseEvent& event);
+    // Takes a value already snapped by the control and, while it is held or turned by
+    // the wheel, writes it out; the hint follows a drag.
+    void write(double value);
+    // Reads the variable back.
+    void syncNow();
+
+    CushyView& layout_;
+    std::string variable_;
+    bool readOnlyKey_;
+    bool readOnly_;
+    ControlValue value_;
+    bool dragging_ = false;
+    WheelGesture wheel_;
+};
+
+}  // namespace tw
