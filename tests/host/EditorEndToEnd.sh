@@ -6,10 +6,12 @@
 # editor is compared with the committed screenshot, so that an accidental change of the
 # face is caught.
 #
-# usage: EditorEndToEnd.sh <vst2host> <Tidewake.so> <screenshot.png>
-# On a failure, the screen and the snapshot are left in the working folder.
+# usage: EditorEndToEnd.sh <vst2host> <Tidewake.so> <screenshot.png> [--ardour]
+# With --ardour the host drives the editor as Ardour does (its events handed to the
+# editor's _XEventProc, few idle calls). On a failure, the screen and the snapshot are
+# left in the working folder.
 set -euo pipefail
-vst2host=$1 plugin=$2 screenshot=$3 pictures=$PWD
+vst2host=$1 plugin=$2 screenshot=$3 mode=${4:-} pictures=$PWD
 
 for tool in xvfb-run xdotool import compare; do
     if ! command -v "$tool" >/dev/null; then
@@ -78,12 +80,14 @@ index_of() { "$vst2host" info "$plugin" | sed -nE "s/^ *([0-9]+) +$1 .*/\\1/p" |
 delay=$(index_of "Delay Time")
 [ -n "$delay" ] || fail "vst2host info lists no Delay Time"
 
-"$vst2host" edit "$plugin" --no-audio --trace >"$work/trace.txt" 2>"$work/errors.txt" &
+"$vst2host" edit "$plugin" --no-audio --trace $mode >"$work/trace.txt" 2>"$work/errors.txt" &
 host_pid=$!
 window=$(timeout 10 xdotool search --sync --name "^vst2host: Tidewake" | head -1) || fail "no editor window"
 wait_for "^Tidewake: editor 525 x 475"
 eval "$(xdotool getwindowgeometry --shell "$window")"
 origin_x=$X origin_y=$Y
+# Time for a menu, a text entry or a box to come up, generous for a loaded machine.
+settle() { sleep 0.6; }
 # Moves the pointer to a point of the editor given as "x y".
 at() { set -- $1; xdotool mousemove $((origin_x + $1)) $((origin_y + $2)); }
 click() { at "$1"; xdotool click 1; }
@@ -104,7 +108,7 @@ dragged=$(grep -E "^automate $delay " "$work/trace.txt" | tail -1)
 
 # A click on its value opens text entry; what is typed is read as the human form.
 click "$delay_value"
-sleep 0.3
+settle
 xdotool type --delay 30 "250 ms"
 xdotool key Return
 wait_for "^automate $delay [0-9.]+ \"250.00 ms\"\$"
@@ -112,7 +116,7 @@ wait_for "^automate $delay [0-9.]+ \"250.00 ms\"\$"
 # Undo from the main menu takes back the typed value: the host is told to read the
 # parameters again, and finds the delay time where the drag left it.
 click "$menu_button"
-sleep 0.3
+settle
 click "$menu_undo"
 dragged_text=${dragged#*\"}
 wait_for "^parameter $delay \"${dragged_text%\"}\"\$"
@@ -120,7 +124,7 @@ wait_for "^parameter $delay \"${dragged_text%\"}\"\$"
 # The about box: a click on its item opens it over the face, a click anywhere closes it.
 import -window "$window" "$work/before-about.png"
 click "$menu_button"
-sleep 0.3
+settle
 click "$menu_about"
 sleep 0.8
 import -window "$window" "$work/about.png"
@@ -137,7 +141,7 @@ closed=$(differing "$work/before-about.png" "$work/after-about.png")
 # The patch menu lists the factory folder; a choice loads that file, and the arrow then
 # steps to the next file of the folder.
 click "$patch_name"
-sleep 0.3
+settle
 click "$menu_dr_dub"
 wait_for '^display "MW Dr Dub"$'
 click "$next_patch"
@@ -156,7 +160,7 @@ host_pid=
 # small part may differ.
 export HOME=$work/fresh-home XDG_CONFIG_HOME=$work/fresh-home/.config XDG_DATA_HOME=$work/fresh-home/.local/share
 mkdir -p "$HOME"
-"$vst2host" snapshot "$plugin" "$work/snapshot.png" --no-audio --idle 5 >/dev/null
+"$vst2host" snapshot "$plugin" "$work/snapshot.png" --no-audio --idle 5 $mode >/dev/null
 changed=$(differing "$screenshot" "$work/snapshot.png")
 if [ "${changed%.*}" -gt 500 ]; then
     cp "$work/snapshot.png" "$pictures/editor-end-to-end-snapshot.png"
