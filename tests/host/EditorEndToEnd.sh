@@ -73,7 +73,12 @@ next_patch="432 20"
 menu_dr_dub="340 100"
 # The main menu opens under its button; these are its items, in the editor's pixels.
 menu_undo="515 45"
+menu_open="515 199"
+menu_save="515 219"
 menu_about="515 266"
+# In the file dialog, in its own pixels: the jump to the user's patches, and OK (Open or Save).
+dialog_user_patches="235 315"
+dialog_ok="380 375"
 
 # Host index of a parameter from its name, as the host lists it.
 index_of() { "$vst2host" info "$plugin" | sed -nE "s/^ *([0-9]+) +$1 .*/\\1/p" | head -1; }
@@ -91,16 +96,31 @@ settle() { sleep 0.6; }
 # Moves the pointer to a point of the editor given as "x y".
 at() { set -- $1; xdotool mousemove $((origin_x + $1)) $((origin_y + $2)); }
 click() { at "$1"; xdotool click 1; }
+# Presses at the point, moves up 40 pixels in steps as a hand does, and lets go.
+drag_up() {
+    at "$1"
+    xdotool mousedown 1
+    for _ in $(seq 8); do
+        xdotool mousemove_relative -- 0 -5
+        sleep 0.02
+    done
+    xdotool mouseup 1
+}
+# Waits for the dialog of that title; dialog_click then clicks in its pixels.
+in_dialog() {
+    dialog=$(timeout 5 xdotool search --sync --name "^$1\$" | head -1) || fail "no dialog \"$1\""
+    eval "$(xdotool getwindowgeometry --shell "$dialog")"
+    dialog_x=$X dialog_y=$Y
+    settle
+}
+dialog_click() {
+    set -- $1
+    xdotool mousemove $((dialog_x + $1)) $((dialog_y + $2)) click 1
+}
 
 # A drag up the delay-time knob is one gesture: begin, a run of automation, end, all at
 # the parameter's host index.
-at "$delay_knob"
-xdotool mousedown 1
-for _ in $(seq 8); do
-    xdotool mousemove_relative -- 0 -5
-    sleep 0.02
-done
-xdotool mouseup 1
+drag_up "$delay_knob"
 wait_for "^begin $delay\$"
 wait_for "^automate $delay "
 wait_for "^end $delay\$"
@@ -146,6 +166,29 @@ click "$menu_dr_dub"
 wait_for '^display "MW Dr Dub"$'
 click "$next_patch"
 wait_for '^display "MW Educational VHS"$'
+
+# Save..., in the user's patch folder, under the name it suggests: the file is written.
+click "$menu_button"
+settle
+click "$menu_save"
+in_dialog "Save Tidewake Patch"
+dialog_click "$dialog_user_patches"
+dialog_click "$dialog_ok"
+saved="$HOME/Documents/Marlin Works/Tidewake User Patches/MW Educational VHS.tidewake"
+for _ in $(seq 100); do [ -f "$saved" ] && break; sleep 0.05; done
+[ -f "$saved" ] || fail "Save wrote no file at $saved"
+
+# A drag changes the patch; Open... finds the saved file selected in its folder, and
+# opening it gives the host the saved delay time back.
+drag_up "$delay_knob"
+wait_for "^automate $delay "
+wait_for "^end $delay\$"
+click "$menu_button"
+settle
+click "$menu_open"
+in_dialog "Open Tidewake Patch"
+dialog_click "$dialog_ok"
+wait_for "^parameter $delay \"20.00 ms\"\$"
 
 # Closing: the host closes the editor and ends the plug-in as a host would.
 kill -TERM "$host_pid"
