@@ -58,7 +58,7 @@ double textAdvance(const Font& font, std::u16string_view text) { return double(f
 BubbleView::BubbleView(CushyView& layout, const SpecMap& spec)
     : layout_(layout), minHeight_(evaluateInt(lookup(spec, "minHeight"), 0)),
       maxHeight_(evaluateInt(lookup(spec, "maxHeight"), 0)),
-      fill_(parseColor(lookup(spec, "fill"), 0)), outline_(parseStroke(lookup(spec, "frame"), 0xFF000000)),
+      fill_(parseColor(lookup(spec, "fill"), 0)), outline_(parseStroke(lookup(spec, "frame"), 0xFF000000)), gamma_(readShapeGamma(spec)),
       tailPosition_(lookup(spec, "tailPosition")), clickAction_(unquote(lookup(spec, "clickAction"))),
       clickParams_(unquote(lookup(spec, "clickParams"))), fullPageAction_(unquote(lookup(spec, "fullPageAction"))),
       fullPageParams_(unquote(lookup(spec, "fullPageParams"))), margins_(lookup(spec, "margins")),
@@ -279,11 +279,12 @@ std::string BubbleView::layoutText() const {
 void BubbleView::paintShape(Raster32& canvas) {
     const IntRect b = bubbleArea();
     if (b.isEmpty()) return;
+    const GammaTable* gamma = gamma_ ? &*gamma_ : nullptr;
     const double inset = outline_.width / 2;
     VectorPath body;
     body.addRoundedRect(b.left + inset, b.top + inset, b.width - 2 * inset, b.height - 2 * inset, cornerX_, cornerY_, 1);
-    fillShape(canvas, body, fill_, BlendMode::normal);
-    strokeShape(canvas, body, outline_, BlendMode::normal);
+    fillShape(canvas, body, fill_, BlendMode::normal, gamma);
+    strokeShape(canvas, body, outline_, BlendMode::normal, gamma);
     if (tailWidth_ <= 0 || tailHeight_ <= 0) return;
     const double at = b.left + evaluateDouble(tailPosition_, b.width * 0.75);
     const double bottom = b.bottom() - inset;
@@ -292,13 +293,13 @@ void BubbleView::paintShape(Raster32& canvas) {
     tail.lineTo(at + tailWidth_ / 2, bottom - outline_.width - 1);
     tail.lineTo(at, bottom + tailHeight_);
     tail.close();
-    fillShape(canvas, tail, fill_, BlendMode::normal);
+    fillShape(canvas, tail, fill_, BlendMode::normal, gamma);
     // Only the two slanted sides are outlined, so the tail opens into the body.
     VectorPath sides;
     sides.moveTo(at - tailWidth_ / 2, bottom);
     sides.lineTo(at, bottom + tailHeight_);
     sides.lineTo(at + tailWidth_ / 2, bottom);
-    strokeShape(canvas, sides, outline_, BlendMode::normal);
+    strokeShape(canvas, sides, outline_, BlendMode::normal, gamma);
 }
 
 void BubbleView::paint(Raster32& canvas, const IntRect&) {

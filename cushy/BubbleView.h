@@ -20,6 +20,7 @@
 #include "cushy/Stroke.h"
 #include "cushy/TextAlignment.h"
 #include "cushy/VariableReading.h"
+#include "graphics/GammaTable.h"
 #include "platform/TimerQueue.h"
 #include "speclang/SpecLanguage.h"
 
@@ -109,6 +110,7 @@ private:
     std::int32_t minHeight_, maxHeight_;
     std::uint32_t fill_;
     Stroke outline_;
+    std::optional<GammaTable> gamma_;  // of the bubble's edges
     double cornerX_, cornerY_;
     double tailWidth_, tailHeight_;
     std::string tailPosition_;

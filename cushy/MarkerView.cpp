@@ -18,6 +18,7 @@ constexpr double degrees = std::numbers::pi / 180;
 MarkerView::MarkerView(const IntRect& rect, const SpecMap& spec)
     : rotation_(evaluateDouble(lookup(spec, "rotation"), 0) * degrees),
       random_(evaluateDouble(lookup(spec, "random"), 0) / 100), pen_(parseStroke(lookup(spec, "pen"), 0xFF000000)),
+      gamma_(readShapeGamma(spec)),
       quality_(std::clamp(evaluateDouble(lookup(spec, "quality"), 1), 0.1, 10.0)),
       start_(evaluateDouble(lookup(spec, "start"), 0) * degrees), sweep_(evaluateDouble(lookup(spec, "sweep"), 360) * degrees),
       outlineWidth_(evaluateDouble(lookup(spec, "outlineWidth"), 0)), time_(evaluateDouble(lookup(spec, "time"), 0)) {
@@ -52,9 +53,9 @@ void MarkerView::paint(Raster32& canvas, const IntRect&) {
         const std::uint32_t keep = 256 - outlineMix_;
         const auto channel = [&](int shift) { return ((pen_.color >> shift & 0xFF) * keep >> 8) << shift; };
         outline.color = (pen_.color & 0xFF000000u) | channel(16) | channel(8) | channel(0);
-        strokeShape(canvas, path, outline, BlendMode::normal);
+        strokeShape(canvas, path, outline, BlendMode::normal, gamma_ ? &*gamma_ : nullptr);
     }
-    strokeShape(canvas, path, pen_, BlendMode::normal);
+    strokeShape(canvas, path, pen_, BlendMode::normal, gamma_ ? &*gamma_ : nullptr);
 }
 
 void MarkerView::attached(Window& window) {

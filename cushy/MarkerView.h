@@ -10,9 +10,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "cushy/HintedView.h"
 #include "cushy/Stroke.h"
+#include "graphics/GammaTable.h"
 #include "platform/TimerQueue.h"
 #include "speclang/SpecLanguage.h"
 
@@ -36,6 +38,7 @@ private:
     double cx_, cy_, rx_, ry_;
     double rotation_, random_;
     Stroke pen_;
+    std::optional<GammaTable> gamma_;
     double quality_;
     std::int32_t period_;
     double start_, sweep_;

@@ -168,8 +168,31 @@ TEST(Bubble, MovesWithItsAnimation) {
     EXPECT_EQ(bubble.frame(), (IntRect{50, 20, 150, 60}));
 }
 
+// The bubble's gamma bends the coverage of its rounded edges, nothing inside them.
+TEST(Bubble, GammaBendsItsEdges) {
+    auto greens = [](const std::string& gamma) {
+        Editor editor;
+        editor.load("views: { { type: bubble, bounds: { 0, 0, 80, 40 }, fill: white, corners: { 12, 12 }" + gamma +
+                    ", style: { font: " + font + " } } }");
+        editor.attach();
+        editor.window.paintAll();
+        std::vector<std::uint32_t> out;
+        for (std::int32_t y = 0; y < 40; ++y)
+            for (std::int32_t x = 0; x < 80; ++x) out.push_back(*editor.window.canvas().at(x, y) >> 8 & 0xFF);
+        return out;
+    };
+    const std::vector<std::uint32_t> plain = greens(""), bent = greens(", gamma: 2.2");
+    int raised = 0;
+    for (std::size_t i = 0; i < plain.size(); ++i) {
+        if (plain[i] == 0 || plain[i] == 0xFF) EXPECT_EQ(bent[i], plain[i]) << "at " << i;
+        else if (bent[i] > plain[i]) ++raised;
+    }
+    EXPECT_GT(raised, 8) << "the four corners' edge pixels";
+}
+
 TEST(Bubble, ConstructionFaults) {
     Editor editor;
+    EXPECT_EQ(formatFailure([&] { editor.load("views: { { type: bubble, gamma: 0 } }"); }), "Value out of range");
     EXPECT_EQ(formatFailure([&] { editor.load("views: { { type: bubble, styles: { red: { } } } }"); }),
               "Missing (default) style specification for bubble view");
     EXPECT_EQ(formatFailure([&] { editor.load("views: { { type: bubble, style: { }, pages: { \"<wobble>\" } } }"); }),

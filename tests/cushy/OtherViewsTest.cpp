@@ -238,6 +238,35 @@ TEST(Console, ShowsTheEndOfItsOutputAndSendsTypedLines) {
 
 // ---- marker
 
+// A gamma above 1 raises the partial coverage of the stroke's edges and leaves its full
+// coverage as it is; a gamma the rasteriser cannot take is refused.
+TEST(Marker, GammaBendsTheEdgesOnly) {
+    auto redAt = [](const char* gamma) {
+        Editor editor;
+        editor.load(std::string("views: { { type: marker, bounds: { 0, 0, 60, 60 }, pen: { color: red, stroke: 3 }") +
+                    gamma + " } }");
+        editor.attach();
+        editor.window.paintAll();
+        std::vector<std::uint32_t> red;
+        for (std::int32_t y = 0; y < 60; ++y)
+            for (std::int32_t x = 0; x < 60; ++x) red.push_back(pixel(editor, x, y) >> 16 & 0xFF);
+        return red;
+    };
+    const std::vector<std::uint32_t> plain = redAt(""), bent = redAt(", gamma: 2.2");
+    int raised = 0;
+    for (std::size_t i = 0; i < plain.size(); ++i) {
+        if (plain[i] == 0 || plain[i] == 0xFF) EXPECT_EQ(bent[i], plain[i]) << "at " << i;
+        else if (bent[i] > plain[i]) ++raised;
+        else EXPECT_EQ(bent[i], plain[i]) << "at " << i;
+    }
+    EXPECT_GT(raised, 20);
+    Editor editor;
+    for (const char* gamma : {"0", "-1", "100"})
+        EXPECT_EQ(formatFailure([&] { editor.load(std::string("views: { { type: marker, gamma: ") + gamma + " } }"); }),
+                  "Value out of range")
+            << gamma;
+}
+
 TEST(Marker, DrawsItsStrokeOverTime) {
     Editor editor;
     editor.load(R"(views: { { type: marker, bounds: { 0, 0, 60, 60 }, pen: { color: red, stroke: 3 }, time: 1,
