@@ -10,6 +10,7 @@
 
 #include "cushy/CushyView.h"
 #include "cushy/FileDialog.h"
+#include "cushy/HintWindow.h"
 #include "cushy/MessageBox.h"
 #include "cushy/StringTable.h"
 #include "engine/EngineRandom.h"
@@ -141,6 +142,10 @@ void ModelController::open(Window* window) {
     browserSetup_ = makeBrowserSetup(descriptor_, folders_, translator);
     saveSetup_ = makeSaveSetup(browserSetup_, descriptor_, translator);
     currentProgram_ = services_.getCurrentProgram();
+    // The one hint window of the editor, which every view with a hint shares: views take
+    // it as they are built, so it must be there before the layout loads.
+    if (!rootView_->hintWindow())
+        rootView_->setHintWindow(std::make_shared<HintWindow>(HelperFonts::load(*this, *rootView_).regular, 2, 12));
     try {
         rootView_->load(descriptor_.modelName + "_main");
     } catch (const std::exception& e) {

@@ -187,6 +187,9 @@ TEST_F(MainLayout, TheStatusLineFollowsThePointer) {
     window->advance(1100);  // the hint's delay
     window->paintAll();
     keepPicture(*window, "status-and-hint");
+    // The hint window shows the same after its delay.
+    ASSERT_EQ(window->helpers().size(), 1u) << "the hint window";
+    EXPECT_TRUE(window->helpers()[0]->visible());
     window->mouseMove(501, 20);
     EXPECT_EQ(get("status.name"), "Menu");
     EXPECT_EQ(get("status.value"), "status.none");
