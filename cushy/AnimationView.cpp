@@ -2,10 +2,10 @@
 
 #include "cushy/CushyHost.h"
 #include "cushy/CushyView.h"
+#include "cushy/FilmSpec.h"
 #include "cushy/VariableReading.h"
 #include "graphics/Film.h"
 #include "graphics/Image.h"
-#include "graphics/InterpolatedFilm.h"
 #include "speclang/SpecExpression.h"
 #include "speclang/SpecQuote.h"
 
@@ -22,13 +22,7 @@ double curveFactor(double progress, double curve) {
 
 AnimationView::AnimationView(CushyView& layout, const SpecMap& spec)
     : layout_(layout), variable_(unquote(lookup(spec, "variable"))), curve_(evaluateDouble(lookup(spec, "curve"), 0.5)) {
-    const SpecMap film = parseMap(lookup(spec, "film"));
-    std::shared_ptr<Image> image = layout.host().image(layout, lookup(film, "image"));
-    const std::int32_t frames = evaluateInt(lookup(film, "frames"), 1);
-    if (toBool(lookup(film, "interpolate"), false))
-        film_ = std::make_unique<InterpolatedFilm>(std::move(image), std::clamp(frames, 1, 0x7FFFFF));
-    else
-        film_ = std::make_unique<Film>(std::move(image), frames);
+    film_ = readFilm(layout, parseMap(lookup(spec, "film")));
     const auto [lower, upper] = parsePair(lookup(spec, "range"), {0, 1});
     lower_ = lower, upper_ = upper;
 }

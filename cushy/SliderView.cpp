@@ -2,10 +2,10 @@
 
 #include "cushy/CushyHost.h"
 #include "cushy/CushyView.h"
+#include "cushy/FilmSpec.h"
 #include "cushy/ShapeFill.h"
 #include "graphics/Film.h"
 #include "graphics/Image.h"
-#include "graphics/InterpolatedFilm.h"
 #include "platform/Exception.h"
 #include "speclang/SpecColor.h"
 #include "speclang/SpecExpression.h"
@@ -85,12 +85,7 @@ SliderView::SliderView(CushyView& layout, const IntRect& rect, const SpecMap& sp
     }
     if (const std::string& raw = lookup(spec, "film"); !raw.empty()) {
         const SpecMap film = parseMap(raw);
-        std::shared_ptr<Image> image = host.image(layout, lookup(film, "image"));
-        const std::int32_t frames = evaluateInt(lookup(film, "frames"), 1);
-        if (toBool(lookup(film, "interpolate"), false))
-            film_ = std::make_unique<InterpolatedFilm>(std::move(image), std::clamp(frames, 1, 0x7FFFFF));
-        else
-            film_ = std::make_unique<Film>(std::move(image), frames);
+        film_ = readFilm(layout, film);
     }
 }
 
