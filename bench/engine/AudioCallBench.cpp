@@ -3,7 +3,7 @@
 // stereo, beside a plain copy of the same blocks measured in the same run. It shows what
 // the host boundary adds to the engine: the frame buffering and the guards on what the
 // host sends.
-#include "host/Entry.h"
+#include "vst2/Entry.h"
 
 #include <benchmark/benchmark.h>
 

@@ -2,8 +2,9 @@
 // with a configuration folder of its own, so that no user's store takes part.
 #pragma once
 
-#include "host/Entry.h"
-#include "model/TidewakeFactory.h"
+#include "vst2/Entry.h"
+#include "product/TidewakeEditorFactory.h"
+#include "product/TidewakeFactory.h"
 
 #include <cstdlib>
 
@@ -14,7 +15,7 @@ inline vst2::AEffect* instance() {
         ::setenv("XDG_CONFIG_HOME", "/nonexistent/tidewake-fuzz", 1);
         return createEffect([](vst2::AEffect*, vst2::int32 opcode, vst2::int32, vst2::intptr, void*,
                                float) -> vst2::intptr { return opcode == vst2::audioMasterVersion ? 2400 : 0; },
-                            std::make_unique<TidewakeFactory>());
+                            std::make_unique<TidewakeFactory>(), &tidewakeEditor());
     }();
     return effect;
 }

@@ -4,7 +4,7 @@
 #include "platform/Exception.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
-    tw::PluginInstance* instance = tw::PluginInstance::of(tw::fuzz::instance());
+    tw::Instance* instance = &tw::Vst2Plugin::of(tw::fuzz::instance())->instance();
     try {
         instance->loadFxb(data, size);
     } catch (const tw::Exception&) {

@@ -2,9 +2,10 @@
 // information and audio calls, with any float a host could send (NaN and the infinities
 // included). A fresh instance takes each script, so a finding replays alone. Fails on a
 // crash, on a hang (libFuzzer's time-out), and on any output sample that is not finite.
-#include "host/Entry.h"
-#include "host/VendorProtocol.h"
-#include "model/TidewakeFactory.h"
+#include "product/TidewakeEditorFactory.h"
+#include "vst2/Entry.h"
+#include "vst2/VendorProtocol.h"
+#include "product/TidewakeFactory.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -127,7 +128,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     (void)privateStore;
     Script s{data, data + size};
     giveTime = false;
-    vst2::AEffect* e = tw::createEffect(&host, std::make_unique<tw::TidewakeFactory>());
+    vst2::AEffect* e = tw::createEffect(&host, std::make_unique<tw::TidewakeFactory>(), &tw::tidewakeEditor());
     e->dispatcher(e, vst2::effSetSampleRate, 0, 0, nullptr, 48000.0f);
     e->dispatcher(e, vst2::effMainsChanged, 0, 1, nullptr, 0);
     for (int step = 0; step < 64 && !s.done(); ++step) {

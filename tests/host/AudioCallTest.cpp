@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "host/VendorProtocol.h"
+#include "vst2/VendorProtocol.h"
 #include "tests/host/TestHost.h"
 
 using namespace tw;

@@ -1,5 +1,5 @@
-#include "model/Chunk.h"
-#include "model/StartupBank.h"
+#include "patch/Chunk.h"
+#include "patch/StartupBank.h"
 #include "platform/Folders.h"
 #include "tests/host/TestHost.h"
 #include "tests/platform/TempFolder.h"

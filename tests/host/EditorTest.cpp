@@ -13,8 +13,8 @@
 #include <fstream>
 #include <string>
 
-#include "model/StartupBank.h"
-#include "model/TidewakeDescriptor.h"
+#include "patch/StartupBank.h"
+#include "product/TidewakeDescriptor.h"
 #include "platform/Folders.h"
 #include "platform/SharedStore.h"
 #include "tests/XServer.h"

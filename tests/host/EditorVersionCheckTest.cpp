@@ -10,18 +10,19 @@
 #include <optional>
 #include <thread>
 
+#include "product/TidewakeEditorFactory.h"
 #include "cushy/MessageBox.h"
 #include "cushy/StringTable.h"
 #include "cushy/doubles/WindowDouble.h"
 #include "graphics/ResourceManager.h"
-#include "model/ModelController.h"
-#include "model/ModelFactory.h"
-#include "model/Prefs.h"
-#include "model/TidewakeDescriptor.h"
+#include "editor/ModelController.h"
+#include "patch/ModelFactory.h"
+#include "patch/Prefs.h"
+#include "product/TidewakeDescriptor.h"
 #include "platform/Launcher.h"
 #include "tests/host/ProductResources.h"
 #include "tests/host/TestHost.h"
-#include "tests/model/LoopbackServer.h"
+#include "tests/editor/LoopbackServer.h"
 
 namespace {
 
@@ -51,7 +52,7 @@ protected:
     void open(LoopbackServer& server) {
         controller.reset();
         window.reset();
-        controller = host.instance().getFactory().createController(host.instance(), resources(), strings());
+        controller = tidewakeEditor().createController(host.instance(), resources(), strings());
         controller->setVersionCheckServer(server.url(), [] { return true; });
         window = std::make_unique<WindowDouble>(controller->client(), 525, 475);
         window->user = [this](WindowDouble&) {

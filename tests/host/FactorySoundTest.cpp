@@ -1,7 +1,8 @@
 // The factory programs as a listener meets them: each one, rendered over the demo input,
 // gives a sound of its own that is finite, audible and unlike every other program's.
-#include "host/Entry.h"
-#include "model/TidewakeFactory.h"
+#include "product/TidewakeEditorFactory.h"
+#include "vst2/Entry.h"
+#include "product/TidewakeFactory.h"
 #include "tools/common/DemoSignal.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +20,7 @@ vst2::intptr quietHost(vst2::AEffect*, vst2::int32 opcode, vst2::int32, vst2::in
 
 // The left and right outputs of a program over the first seconds of the demo input.
 std::vector<float> render(int program, const AudioBuffer& input, long frames) {
-    vst2::AEffect* e = createEffect(&quietHost, std::make_unique<TidewakeFactory>());
+    vst2::AEffect* e = createEffect(&quietHost, std::make_unique<TidewakeFactory>(), &tidewakeEditor());
     e->dispatcher(e, vst2::effSetSampleRate, 0, 0, nullptr, float(input.sampleRate));
     e->dispatcher(e, vst2::effSetProgram, 0, program, nullptr, 0);
     e->dispatcher(e, vst2::effMainsChanged, 0, 1, nullptr, 0);

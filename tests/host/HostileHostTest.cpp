@@ -10,9 +10,10 @@
 #include <limits>
 #include <vector>
 
-#include "host/Entry.h"
-#include "model/TidewakeDescriptor.h"
-#include "model/TidewakeFactory.h"
+#include "product/TidewakeEditorFactory.h"
+#include "vst2/Entry.h"
+#include "product/TidewakeDescriptor.h"
+#include "product/TidewakeFactory.h"
 #include "platform/FileLock.h"
 #include "platform/Folders.h"
 #include "platform/SharedStore.h"
@@ -230,8 +231,8 @@ TEST(HostileHost, ABrokenFactoryBankInTheResourceFolderSaysWhyOnce) {
     for (const char* content : {"", "CcnK but not a bank at all"}) {
         std::ofstream(file, std::ios::binary) << content;
         testing::internal::CaptureStderr();
-        EXPECT_ANY_THROW(createEffect(&answeringHost, std::make_unique<OverriddenFactory>()));
-        EXPECT_ANY_THROW(createEffect(&answeringHost, std::make_unique<OverriddenFactory>()));
+        EXPECT_ANY_THROW(createEffect(&answeringHost, std::make_unique<OverriddenFactory>(), &tidewakeEditor()));
+        EXPECT_ANY_THROW(createEffect(&answeringHost, std::make_unique<OverriddenFactory>(), &tidewakeEditor()));
         std::string said = testing::internal::GetCapturedStderr();
         if (*content == 0) {
             EXPECT_NE(said.find("Tidewake: the resource file \"" + file + "\""), std::string::npos) << said;

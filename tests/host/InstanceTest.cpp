@@ -3,8 +3,9 @@
 #include <cstring>
 #include <string>
 
-#include "host/ProcessServices.h"
-#include "model/TidewakeDescriptor.h"
+#include "product/TidewakeEditorFactory.h"
+#include "core/ProcessServices.h"
+#include "product/TidewakeDescriptor.h"
 #include "tests/host/TestHost.h"
 
 using namespace tw;
@@ -25,9 +26,9 @@ vst2::intptr refusingHost(vst2::AEffect*, vst2::int32, vst2::int32, vst2::intptr
 
 TEST(Instance, EntryRefusesAHostThatDoesNotAnswer) {
     EXPECT_EQ(VSTPluginMain(&refusingHost), nullptr);
-    EXPECT_THROW(createEffect(&refusingHost, std::make_unique<TidewakeFactory>()), std::runtime_error);
+    EXPECT_THROW(createEffect(&refusingHost, std::make_unique<TidewakeFactory>(), &tidewakeEditor()), std::runtime_error);
     try {
-        createEffect(&refusingHost, std::make_unique<TidewakeFactory>());
+        createEffect(&refusingHost, std::make_unique<TidewakeFactory>(), &tidewakeEditor());
     } catch (const std::runtime_error& e) {
         EXPECT_STREQ(e.what(), "audioMaster returned 0");
     }

@@ -7,6 +7,7 @@
 #include <regex>
 #include <set>
 
+#include "product/TidewakeEditorFactory.h"
 #include "cushy/CushyView.h"
 #include "cushy/MessageBox.h"
 #include "cushy/PopupMenu.h"
@@ -17,8 +18,8 @@
 #include "graphics/Image.h"
 #include "graphics/PNGWriter.h"
 #include "graphics/ResourceManager.h"
-#include "model/ModelController.h"
-#include "model/TidewakeDescriptor.h"
+#include "editor/ModelController.h"
+#include "product/TidewakeDescriptor.h"
 #include "tests/host/ProductResources.h"
 #include "tests/host/TestHost.h"
 
@@ -49,7 +50,7 @@ constexpr int wetX = 458, wetY = 292;
 class MainLayout : public ::testing::Test {
 protected:
     void SetUp() override {
-        controller = host.instance().getFactory().createController(host.instance(), resources(), strings());
+        controller = tidewakeEditor().createController(host.instance(), resources(), strings());
         window = std::make_unique<WindowDouble>(controller->client(), 525, 475);
         controller->open(window.get());
         ASSERT_EQ(controller->rootView().currentLayout(), "Tidewake_main");

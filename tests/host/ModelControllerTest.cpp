@@ -8,14 +8,15 @@
 #include <set>
 #include <unistd.h>
 
+#include "product/TidewakeEditorFactory.h"
 #include "cushy/CushyView.h"
 #include "cushy/StringTable.h"
 #include "cushy/doubles/WindowDouble.h"
 #include "graphics/ResourceManager.h"
-#include "model/ModelController.h"
-#include "model/StartupBank.h"
-#include "model/TidewakeController.h"
-#include "model/TidewakeDescriptor.h"
+#include "editor/ModelController.h"
+#include "patch/StartupBank.h"
+#include "product/TidewakeController.h"
+#include "product/TidewakeDescriptor.h"
 #include "platform/Clipboard.h"
 #include "platform/Exception.h"
 #include "platform/SharedStore.h"
@@ -33,12 +34,12 @@ using tw::test::strings;
 class Controller : public ::testing::Test {
 protected:
     void SetUp() override {
-        controller = instance().getFactory().createController(instance(), resources(), strings());
+        controller = tidewakeEditor().createController(instance(), resources(), strings());
         controller->open(nullptr);
         host.calls.clear();
     }
 
-    PluginInstance& instance() { return host.instance(); }
+    Instance& instance() { return host.instance(); }
     CushyView& view() { return controller->rootView(); }
     std::string get(const std::string& name) { return controller->getVariable(view(), name); }
     void set(const std::string& name, const std::string& value, bool continuous = false) {
@@ -235,12 +236,12 @@ TEST_F(Controller, TheHostsChangesShowAfterOneFastTick) {
     // A chunk from the host replaces the patch object itself.
     instance().setParameter(3, Param::wetMix, 0.5f);
     void* data = nullptr;
-    const auto size = instance().getChunk(&data, true);
+    const auto size = host.dispatch(vst2::effGetChunk, 1, 0, &data);
     const std::string chunk(static_cast<const char*>(data), static_cast<std::size_t>(size));
     instance().setParameter(3, Param::wetMix, 0.75f);
     controller->fastTick();
     EXPECT_EQ(get("params.wetMix"), "0.75");
-    ASSERT_EQ(instance().setChunk(chunk.data(), size, true), size);
+    ASSERT_EQ(host.dispatch(vst2::effSetChunk, 1, size, const_cast<char*>(chunk.data())), size);
     EXPECT_EQ(get("params.wetMix"), "0.75");
     controller->fastTick();
     EXPECT_EQ(get("params.wetMix"), "0.5");
@@ -248,8 +249,8 @@ TEST_F(Controller, TheHostsChangesShowAfterOneFastTick) {
 
 TEST(ControllerInAWindow, PollsThroughTheWindowsTimersUntilClosed) {
     TestHost host;
-    PluginInstance& instance = host.instance();
-    auto controller = instance.getFactory().createController(instance, resources(), strings());
+    Instance& instance = host.instance();
+    auto controller = tidewakeEditor().createController(instance, resources(), strings());
     WindowDouble window(controller->client(), 525, 475);
     controller->open(&window);
     EXPECT_TRUE(window.timers().isScheduled(controller.get(), ModelController::fastTimer));
@@ -267,8 +268,8 @@ TEST(ControllerInAWindow, PollsThroughTheWindowsTimersUntilClosed) {
 
 TEST(ControllerInAWindow, AKnobDragInTheMainLayoutReachesTheHostAndUndoTakesItBack) {
     TestHost host;
-    PluginInstance& instance = host.instance();
-    auto controller = instance.getFactory().createController(instance, resources(), strings());
+    Instance& instance = host.instance();
+    auto controller = tidewakeEditor().createController(instance, resources(), strings());
     WindowDouble window(controller->client(), 525, 475);
     controller->open(&window);
     ASSERT_EQ(controller->rootView().currentLayout(), "Tidewake_main");

@@ -5,8 +5,8 @@
 #include <cstring>
 #include <string>
 
-#include "host/VendorProtocol.h"
-#include "model/TidewakeDescriptor.h"
+#include "vst2/VendorProtocol.h"
+#include "product/TidewakeDescriptor.h"
 #include "tests/host/TestHost.h"
 
 using namespace tw;

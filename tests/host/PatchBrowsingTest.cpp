@@ -6,17 +6,18 @@
 
 #include <filesystem>
 
-#include "cushy/FileDialog.h"
+#include "product/TidewakeEditorFactory.h"
+#include "editor/FileDialog.h"
 #include "cushy/MessageBox.h"
 #include "cushy/PopupMenu.h"
 #include "cushy/StringTable.h"
 #include "cushy/doubles/WindowDouble.h"
 #include "graphics/ResourceManager.h"
-#include "model/BrowserDirectories.h"
-#include "model/ModelController.h"
-#include "model/ModelFactory.h"
-#include "model/PatchBrowser.h"
-#include "model/TidewakeDescriptor.h"
+#include "editor/BrowserDirectories.h"
+#include "editor/ModelController.h"
+#include "patch/ModelFactory.h"
+#include "editor/PatchBrowser.h"
+#include "product/TidewakeDescriptor.h"
 #include "platform/Exception.h"
 #include "platform/TempFolder.h"
 #include "tests/host/ProductResources.h"
@@ -69,14 +70,14 @@ private:
 class PatchBrowsing : public ::testing::Test {
 protected:
     void SetUp() override {
-        controller = instance().getFactory().createController(services, resources(), strings());
+        controller = tidewakeEditor().createController(services, resources(), strings());
         window = std::make_unique<WindowDouble>(controller->client(), 525, 475);
         controller->open(window.get());
         saveBrowserDirectories("TidewakePatches", Path(), Path());
     }
     void TearDown() override { controller->close(); }
 
-    PluginInstance& instance() { return host.instance(); }
+    Instance& instance() { return host.instance(); }
     ModelFactory& factory() { return instance().getFactory(); }
     CushyView& view() { return controller->rootView(); }
     Path file(const std::string& relative) { return Path::parse(temp.str() + relative); }

@@ -11,13 +11,14 @@
 #include <filesystem>
 #include <functional>
 
+#include "product/TidewakeEditorFactory.h"
 #include "cushy/StringTable.h"
 #include "graphics/PNGWriter.h"
 #include "graphics/ResourceManager.h"
-#include "model/BrowserDirectories.h"
-#include "model/ModelController.h"
-#include "model/ModelFactory.h"
-#include "model/TidewakeDescriptor.h"
+#include "editor/BrowserDirectories.h"
+#include "editor/ModelController.h"
+#include "patch/ModelFactory.h"
+#include "product/TidewakeDescriptor.h"
 #include "platform/TempFolder.h"
 #include "platform/X11Window.h"
 #include "tests/XServer.h"
@@ -88,10 +89,10 @@ TEST(PatchFilesOnX11, TheMenuListsTheFactoryPatchesAndASavedFileOpensAgain) {
     StringTable strings;
     strings.load(resources, "Tidewake");
     test::TestHost host;
-    PluginInstance& instance = host.instance();
+    Instance& instance = host.instance();
     test::TempFolder temp;
     {
-        auto controller = instance.getFactory().createController(instance, resources, strings);
+        auto controller = tidewakeEditor().createController(instance, resources, strings);
         auto window = EditorWindow::open(controller->client(), parent, 525, 475);
         controller->open(window.get());
         CushyView& view = controller->rootView();

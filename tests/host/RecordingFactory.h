@@ -4,8 +4,8 @@
 
 #include <vector>
 
-#include "model/Processor.h"
-#include "model/TidewakeFactory.h"
+#include "patch/Processor.h"
+#include "product/TidewakeFactory.h"
 
 namespace tw::test {
 

@@ -5,7 +5,8 @@
 #include <memory>
 #include <vector>
 
-#include "host/Entry.h"
+#include "product/TidewakeEditorFactory.h"
+#include "vst2/Entry.h"
 #include "tests/host/RecordingFactory.h"
 
 namespace tw::test {
@@ -20,7 +21,7 @@ class TestHost {
 public:
     explicit TestHost(bool giveTime = false) : giveTime(giveTime) {
         current() = this;
-        effect = createEffect(&TestHost::callback, std::make_unique<RecordingFactory>(recording));
+        effect = createEffect(&TestHost::callback, std::make_unique<RecordingFactory>(recording), &tidewakeEditor());
         effect->user = this;
         current() = nullptr;
     }
@@ -28,7 +29,7 @@ public:
     TestHost(const TestHost&) = delete;
     TestHost& operator=(const TestHost&) = delete;
 
-    PluginInstance& instance() { return *PluginInstance::of(effect); }
+    Instance& instance() { return Vst2Plugin::of(effect)->instance(); }
     vst2::intptr dispatch(vst2::int32 opcode, vst2::int32 index = 0, vst2::intptr value = 0, void* ptr = nullptr,
                           float opt = 0) {
         return effect->dispatcher(effect, opcode, index, value, ptr, opt);

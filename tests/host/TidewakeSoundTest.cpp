@@ -5,7 +5,7 @@
 #include <cmath>
 #include <vector>
 
-#include "host/Entry.h"
+#include "vst2/Entry.h"
 
 namespace tw {
 namespace {

@@ -4,10 +4,10 @@
 // patch, which has no file.
 //
 //   factory-bank <FactoryBank.fxb> <patch folder> <init patch> <patch> ...
-#include "model/Bytes.h"
-#include "model/Chunk.h"
-#include "model/FxbBank.h"
-#include "model/TidewakeFactory.h"
+#include "patch/Bytes.h"
+#include "patch/Chunk.h"
+#include "patch/FxbBank.h"
+#include "product/TidewakeFactory.h"
 #include "platform/FileObject.h"
 #include "platform/Folders.h"
 #include "platform/SafeFileWriter.h"

@@ -15,8 +15,8 @@
 #include <string>
 #include <vector>
 
-#include "host/Entry.h"
-#include "model/TidewakeDescriptor.h"
+#include "vst2/Entry.h"
+#include "product/TidewakeDescriptor.h"
 #include "tools/common/AudioFile.h"
 #include "tools/common/DemoSignal.h"
 #include "tools/common/OptionValues.h"

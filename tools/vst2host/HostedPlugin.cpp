@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "host/VendorProtocol.h"
+#include "vst2/VendorProtocol.h"
 
 namespace tw {
 

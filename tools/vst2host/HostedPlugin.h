@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "host/Vst2.h"
+#include "vst2/Vst2.h"
 #include "tools/common/AudioBuffer.h"
 
 namespace tw {

@@ -1,0 +1,146 @@
+// What the editor costs over a real plug-in instance with the product's main layout. The
+// polling, against a plain clone of the patch measured in the same run: a fast tick when
+// nothing changed (it runs every 11 ms), and a fast tick after the host changed a
+// parameter, which takes a new snapshot and refreshes every control, live value and
+// button state. The painting, against a plain copy of the window's pixels: a full repaint
+// of the face, and what one turn of the delay-time knob repaints.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+
+#include <cstring>
+#include <vector>
+
+#include "product/TidewakeEditorFactory.h"
+#include "bench/RatioReporter.h"
+#include "cushy/CushyView.h"
+#include "cushy/StringTable.h"
+#include "cushy/doubles/WindowDouble.h"
+#include "graphics/ResourceManager.h"
+#include "vst2/Entry.h"
+#include "vst2/Vst2Plugin.h"
+#include "editor/ModelController.h"
+#include "product/TidewakeDescriptor.h"
+#include "product/TidewakeFactory.h"
+
+namespace {
+
+using namespace tw;
+
+vst2::intptr silentHost(vst2::AEffect*, vst2::int32 opcode, vst2::int32, vst2::intptr, void*, float) {
+    return opcode == vst2::audioMasterVersion ? 2400 : 0;
+}
+
+struct Editor {
+    ResourceManager resources{"Tidewake", "/nonexistent/"};
+    StringTable strings;
+    vst2::AEffect* effect = createEffect(&silentHost, std::make_unique<TidewakeFactory>(), &tidewakeEditor());
+    Instance& instance = Vst2Plugin::of(effect)->instance();
+    std::unique_ptr<ModelController> controller;
+
+    std::unique_ptr<WindowDouble> window;
+
+    // With `painted`, the editor opens in a window of its size and paints once.
+    explicit Editor(bool painted = false) {
+        strings.load(resources, "Tidewake");
+        controller = tidewakeEditor().createController(instance, resources, strings);
+        if (painted) window = std::make_unique<WindowDouble>(controller->client(), 525, 475);
+        controller->open(window.get());
+        if (controller->rootView().currentLayout() != "Tidewake_main") throw std::runtime_error("no main layout");
+        if (window) window->paintAll();
+    }
+    ~Editor() {
+        if (controller) controller->close();
+        controller.reset();
+        effect->dispatcher(effect, vst2::effClose, 0, 0, nullptr, 0);
+    }
+};
+
+void clonePatch(benchmark::State& state) {
+    Editor editor;
+    for (auto _ : state) benchmark::DoNotOptimize(editor.instance.clonePatch(0));
+}
+BENCHMARK(clonePatch);
+
+void fastTickUnchanged(benchmark::State& state) {
+    Editor editor;
+    for (auto _ : state) editor.controller->fastTick();
+}
+BENCHMARK(fastTickUnchanged);
+
+void updateAfterChange(benchmark::State& state) {
+    Editor editor;
+    float value = 0.25f;
+    for (auto _ : state) {
+        value = 0.75f - value + 0.25f;
+        editor.instance.setParameter(0, Param::wetMix, value);
+        editor.controller->fastTick();
+    }
+}
+BENCHMARK(updateAfterChange);
+
+void plainWindowCopy(benchmark::State& state) {
+    std::vector<std::uint32_t> from(525 * 475, 0xFF102436), to(from.size());
+    for (auto _ : state) {
+        std::memcpy(to.data(), from.data(), from.size() * 4);
+        benchmark::DoNotOptimize(to.data());
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(plainWindowCopy);
+
+void fullRepaint(benchmark::State& state) {
+    Editor editor(true);
+    for (auto _ : state) editor.window->paintAll();
+}
+BENCHMARK(fullRepaint);
+
+// Pixels repainted for one turn of the delay-time knob, against the whole window.
+double turnArea = 0;
+
+// One step of a drag on the delay-time knob as the screen sees it: the value changes,
+// the next fast tick refreshes, and what that invalidated is painted.
+void delayKnobTurn(benchmark::State& state) {
+    Editor editor(true);
+    float value = 0.25f;
+    auto turn = [&] {
+        value = 0.75f - value + 0.25f;
+        editor.controller->setVariable(editor.controller->rootView(), "params.delayTime", std::to_string(value), false);
+        editor.controller->fastTick();
+    };
+    editor.window->clearInvalidations();
+    turn();
+    std::int64_t area = 0;
+    for (const IntRect& r : editor.window->invalidations()) area += std::int64_t(r.width) * r.height;
+    turnArea = double(area) / (525.0 * 475.0);
+    editor.window->paintInvalid();
+    for (auto _ : state) {
+        turn();
+        editor.window->paintInvalid();
+    }
+}
+BENCHMARK(delayKnobTurn);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    tw::bench::RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    const double clone = reporter.times["clonePatch"];
+    if (clone > 0) {
+        std::printf("fastTickUnchanged %8.2f x clonePatch\n", reporter.times["fastTickUnchanged"] / clone);
+        std::printf("updateAfterChange %8.2f x clonePatch (the main layout)\n",
+                    reporter.times["updateAfterChange"] / clone);
+    }
+    const double copy = reporter.times["plainWindowCopy"], full = reporter.times["fullRepaint"];
+    if (copy > 0 && full > 0) {
+        std::printf("fullRepaint %8.2f x plainWindowCopy (525 x 475; %.3f ms)\n", full / copy, full / 1e6);
+        std::printf("delayKnobTurn %8.3f x fullRepaint; it invalidates %.3f of the window\n",
+                    reporter.times["delayKnobTurn"] / full, turnArea);
+    }
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,59 @@
+// The plug-in's editor as a host drives it, whatever the format: the size it reports, the
+// window it opens in the host's parent window, the host's idle calls, and the close, which
+// may come while a menu or dialog of ours is still open. One per instance; every method is
+// for the host's main (GUI) thread.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "graphics/IntRect.h"
+#include "editor/EditorFactory.h"
+#include "editor/ModelController.h"
+#include "patch/ModelServices.h"
+#include "platform/EditorWindow.h"
+
+namespace tw {
+
+class Editor {
+public:
+    Editor(ModelServices& services, const EditorFactory& factory);
+    ~Editor();
+    Editor(const Editor&) = delete;
+    Editor& operator=(const Editor&) = delete;
+
+    // The editor's size in pixels, at its origin.
+    IntRect size() const { return size_; }
+    // Opens the editor as a child of the host's X window `parent`, closing one already open.
+    bool open(std::uintptr_t parent);
+    // Runs what is due: timers, the window's events, windows closed while busy.
+    void idle();
+    // Keeps the user's changes for the next start, then ends the windows (later, when a
+    // call of ours is still under way).
+    void close();
+
+    bool isOpen() const { return window_ != nullptr; }
+    EditorWindow* window() { return window_.get(); }
+    ModelController* controller() { return controller_.get(); }
+
+private:    // Destroys the windows that were closed while busy, once they no longer are.
+    void reap();
+
+    struct Open {
+        std::unique_ptr<ModelController> controller;
+        std::unique_ptr<EditorWindow> window;
+        // Detaches the controller, then destroys the window before the controller it shows.
+        void end();
+    };
+
+    ModelServices& services_;
+    const EditorFactory& factory_;
+    IntRect size_;
+    std::unique_ptr<ModelController> controller_;
+    std::unique_ptr<EditorWindow> window_;
+    // Closed by the host from inside one of their own calls; destroyed when it returns.
+    std::vector<Open> closing_;
+};
+
+}  // namespace tw
