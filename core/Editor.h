@@ -34,6 +34,8 @@ public:
     void close();
 
     bool isOpen() const { return window_ != nullptr; }
+    // The open editor's X window id; 0 when closed.
+    std::uintptr_t windowId() const { return window_ ? window_->nativeId() : 0; }
     EditorWindow* window() { return window_.get(); }
     ModelController* controller() { return controller_.get(); }
 

@@ -31,6 +31,9 @@ public:
     virtual void abandon() = 0;
     // Paint passes that reached the screen, for tests and measurements.
     virtual std::uint64_t framesShown() const = 0;
+    // The window system's id of the window, for hosts that embed it themselves (an LV2
+    // UI hands it over as its widget).
+    virtual std::uintptr_t nativeId() const = 0;
 };
 
 }  // namespace tw

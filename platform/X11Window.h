@@ -78,6 +78,7 @@ public:
     bool busy() const override { return session_->depth > 0; }
     void abandon() override;
     std::uint64_t framesShown() const override { return frames_; }
+    std::uintptr_t nativeId() const override { return window_; }
 
     ::Window id() const { return window_; }
     const std::shared_ptr<X11Session>& session() const { return session_; }
