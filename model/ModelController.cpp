@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 
 #include "cushy/CushyView.h"
@@ -29,6 +28,7 @@
 #include "platform/Window.h"
 #include "speclang/SpecExpression.h"
 #include "speclang/SpecLanguage.h"
+#include "speclang/SpecNumber.h"
 #include "speclang/SpecQuote.h"
 
 namespace tw {
@@ -39,11 +39,7 @@ constexpr std::string_view paramsPrefix = "params.";
 constexpr std::string_view feedbacksPrefix = "feedbacks.";
 constexpr std::string_view humanSuffix = ".human";
 
-std::string formatValue(double value) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.7g", value);
-    return text;
-}
+std::string formatValue(double value) { return formatDouble(value, 7); }
 
 std::string replaceMark(std::string text, std::string_view mark, const std::string& with) {
     const std::size_t at = text.find(mark);
@@ -389,7 +385,9 @@ void ModelController::writeParameter(int index, float value) {
 std::string ModelController::readParam(int index, bool human) {
     const Patch& patch = cachedPatch();
     const float value = patch.getParameter(index);
-    if (!human) return formatValue(value);
+    // A stepped parameter shows the step the engine takes from the value, however a host
+    // rounded it (0.333333 for a third is the range's second step, not a value between).
+    if (!human) return formatValue(factory_.constrainValue(patch, index, value));
     std::string text = factory_.valueToText(patch, index, value, false);
     if (!row(index).unit.empty()) text += " " + row(index).unit;
     return text;
@@ -401,7 +399,7 @@ void ModelController::writeParam(int index, bool human, const std::string& value
         editedBits_[static_cast<std::size_t>(index)] = true;
     }
     if (!human) {
-        writeParameter(index, factory_.constrainValue(cachedPatch(), index, static_cast<float>(std::strtod(value.c_str(), nullptr))));
+        writeParameter(index, factory_.constrainValue(cachedPatch(), index, static_cast<float>(leadingDouble(value, 0.0))));
         return;
     }
     std::string_view text = value;
@@ -448,16 +446,18 @@ bool ModelController::changeParamState(const std::string& params, bool checked) 
     const SpecMap map = parseMap(params);
     const int index = parameterNumber(unquote(lookup(map, "param")));
     if (index < 0) return false;
-    const float v = cachedPatch().getParameter(index);
+    // Compared as steps, as the engine reads them: a host's rounding is no other value.
+    const auto step = [&](float value) { return factory_.constrainValue(cachedPatch(), index, value); };
+    const float v = step(cachedPatch().getParameter(index));
     const bool hasTo = map.count("to") != 0;
     const bool hasWhen = map.count("whenEqual") != 0;
     const std::string when = hasWhen ? unquote(lookup(map, "whenEqual")) : std::string();
     if (!checked) {
-        if (hasWhen && when == "disabled" && hasTo) return v != clamp01(evaluateDouble(lookup(map, "to"), v));
+        if (hasWhen && when == "disabled" && hasTo) return v != step(clamp01(evaluateDouble(lookup(map, "to"), v)));
         return true;
     }
     if (map.count("toggle") != 0) return v >= 0.5f;
-    if (hasTo && (!hasWhen || when == "checked")) return v == clamp01(evaluateDouble(lookup(map, "to"), v));
+    if (hasTo && (!hasWhen || when == "checked")) return v == step(clamp01(evaluateDouble(lookup(map, "to"), v)));
     return false;
 }
 

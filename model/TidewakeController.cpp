@@ -1,10 +1,10 @@
 #include "model/TidewakeController.h"
 
-#include <cstdio>
 
 #include "model/Patch.h"
 #include "model/TidewakeDescriptor.h"
 #include "model/TidewakeParameterText.h"
+#include "speclang/SpecNumber.h"
 
 namespace tw {
 
@@ -29,9 +29,7 @@ std::string TidewakeController::getVariable(CushyView& view, const std::string& 
     if (name.size() == needlePrefix.size() + 2 && name.starts_with(needlePrefix) && name.back() == ']') {
         const char digit = name[needlePrefix.size()];
         if (digit >= '0' && digit <= '9') {
-            char text[32];
-            std::snprintf(text, sizeof text, "%.7g", cachedFeedback().needles[static_cast<std::size_t>(digit - '0')]);
-            return text;
+            return formatDouble(cachedFeedback().needles[static_cast<std::size_t>(digit - '0')], 7);
         }
     }
     return ModelController::getVariable(view, name);

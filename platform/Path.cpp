@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <locale.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <wchar.h>
 #include <wctype.h>
 
@@ -152,6 +153,10 @@ Path::Kind Path::kind() const {
         throw QvxFiles::Exception("Error obtaining file or directory info", errno, *text_);
     }
     return S_ISDIR(info.st_mode) ? Kind::folder : Kind::file;
+}
+
+bool Path::canCreateIn() const {
+    return text_ && ::access(text_->c_str(), W_OK | X_OK) == 0 && kind() == Kind::folder;
 }
 
 void Path::createFolder() const {
