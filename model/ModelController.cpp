@@ -471,8 +471,11 @@ bool ModelController::clipboardHoldsPatch() {
 std::string ModelController::title() { return translate(descriptor_.publicName); }
 
 bool ModelController::reportError(CushyView& view, const std::string& message) {
+    // A message's first line is the system's text, translated; lines after it name things.
+    const std::size_t lineEnd = message.find('\n');
+    const std::string names = lineEnd == std::string::npos ? std::string() : message.substr(lineEnd);
     const std::string text = message.empty() ? translate("Unexpected error")
-                                             : replaceMark(translate("Error: ^E"), "^E", translate(message));
+                                             : replaceMark(translate("Error: ^E"), "^E", translate(message.substr(0, lineEnd))) + names;
     showMessageBox(view, title(), text, AlertType::error, AlertButtons::ok, AlertButton::ok);
     return true;
 }
@@ -598,8 +601,23 @@ void ModelController::setVariable(CushyView&, const std::string& name, const std
 
 // ---- Patch files ----
 
+namespace {
+
+// A message that names its file: the message on the first line, as the string table knows
+// it, and the file on the next.
+[[noreturn]] void rethrowNaming(const Exception& fault, const Path& file) {
+    throw Exception(fault.message() + "\n" + file.toString());
+}
+
+}  // namespace
+
 void ModelController::openPatchFile(const Path& path) {
-    std::unique_ptr<Patch> patch = factory_.patchFromText(readWholeFile(path));
+    std::unique_ptr<Patch> patch;
+    try {
+        patch = factory_.patchFromText(readWholeFile(path));
+    } catch (const Exception& e) {
+        rethrowNaming(e, path);
+    }
     patch->setPath(path);
     patch->markClean();
     pushUndo("Open Patch", false);
@@ -623,8 +641,22 @@ bool ModelController::switchPatchState(const std::string& params, bool perform) 
     // A file removed or replaced by a folder since the listing: the cache is stale.
     if (!next.empty() && next.kind() != Path::Kind::file) next = nextPatchFile(forward, wrap, false);
     if (next.empty()) return false;
-    openPatchFile(next);
-    return true;
+    // A file that cannot be read is stepped over, or the arrow would try it again at every
+    // press; the first one met is said, once in the editor's life.
+    std::string skipped;
+    const std::size_t files = browser_.listFolder(next.parent(), true).size();
+    for (std::size_t tries = 0; !next.empty() && tries <= files; ++tries) {
+        try {
+            openPatchFile(next);
+            break;
+        } catch (const Exception& e) {
+            if (skipped.empty() && unreadableSaid_.insert(next.toString()).second) skipped = e.message();
+        }
+        next = browser_.nextPatchFile(next, forward, wrap, true);
+        if (!next.empty() && next.equals(cachedPatch().getPath())) next = Path();
+    }
+    if (!skipped.empty()) throw Exception(skipped);
+    return !next.empty();
 }
 
 void ModelController::switchPatch(const std::string& params) { switchPatchState(params, true); }
@@ -649,6 +681,9 @@ Path ModelController::runPatchDialog(const FileBrowserSetup& setup, bool saving,
     dialog.cancelLabel = translate("Cancel");
     dialog.upLabel = translate("Up");
     dialog.fileNameLabel = translate("File name:");
+    dialog.slashRefusal = translate(dialog.slashRefusal);
+    dialog.dotRefusal = translate(dialog.dotRefusal);
+    dialog.lengthRefusal = translate(dialog.lengthRefusal);
     // Each file selected while opening is heard at once, through the edit patch, without
     // touching the program; closing the dialog in any way ends the audition.
     struct EndAudition {
@@ -703,7 +738,15 @@ void ModelController::savePatch() {
     const std::string suggestion = PatchBrowser::saveSuggestion(path, cachedPatch().getName(),
                                                                 translate("Untitled " + descriptor_.publicName + " Patch"));
     const BrowserFolders remembered = loadBrowserDirectories(saveSetup_.name);
-    const Path start = PatchBrowser::pickStartFolder(saveSetup_, path, remembered.save);
+    Path start = PatchBrowser::pickStartFolder(saveSetup_, path, remembered.save);
+    // A system-wide install's factory folder takes no files: a save starts where it can land.
+    if (start.empty() || !start.canCreateIn()) {
+        try {
+            saveSetup_.userFolder.createFolder();
+            start = saveSetup_.userFolder;
+        } catch (const Exception&) {
+        }
+    }
     const Path chosen = runPatchDialog(saveSetup_, true, start, suggestion, Path());
     if (chosen.empty()) return;
     // The file's name names the patch, which is now clean; neither is an undoable step.
@@ -715,9 +758,13 @@ void ModelController::savePatch() {
         if (c == '\n') text += '\r';
         text += c;
     }
-    SafeFileWriter writer(chosen);
-    writer.write(0, text.data(), text.size());
-    writer.commit();
+    try {
+        SafeFileWriter writer(chosen);
+        writer.write(0, text.data(), text.size());
+        writer.commit();
+    } catch (const Exception& e) {
+        rethrowNaming(e, chosen);
+    }
     install(std::move(patch));
     rememberFolders(saveSetup_.name, remembered.open, chosen.parent());
     browser_.forget();
