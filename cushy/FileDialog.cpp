@@ -542,7 +542,7 @@ void FileDialog::paint(const PixelTile& tile) {
         clippedTo(canvas, {name.left + 1, name.top + 1, name.width - 2, name.height - 2}, [&](Raster32& inner) {
             if (nameSelected_)
                 look::fillRect(inner, {name.left + textInset - 1, name.top + 3, textWidth(*fonts_.regular, fileName_) + 2, name.height - 6},
-                               look::accent);
+                               look::selection);
             end = drawText(inner, *fonts_.regular, name.left + textInset, baseline(name), fileName_);
         });
         if (selected_ < 0 || entries_[std::size_t(selected_)].isFolder())

@@ -452,3 +452,22 @@ TEST_F(PatchBrowsing, ASaveStartsInTheUserFolderWhenItsFolderTakesNoFilesAndAFai
         EXPECT_EQ(e.message(), "Error creating temporary file\n" + file("gone/Night.tidewake").toString());
     }
 }
+
+TEST_F(PatchBrowsing, ASaveDialogSaysWhyItRefusesAName) {
+    std::vector<std::string> told;
+    drive({[](WindowDouble& helper) {
+               dialogOf(helper).setFileName("..");
+               helper.key(Key::enter);
+           },
+           [&](WindowDouble& helper) {
+               told = dynamic_cast<MessageBox&>(helper.client()).lines();
+               helper.key(Key::enter);
+           },
+           [](WindowDouble& helper) {
+               ASSERT_FALSE(dialogOf(helper).closed()) << "still open for another name";
+               helper.key(Key::escape);
+           }});
+    perform("savePatch");
+    ASSERT_FALSE(told.empty());
+    EXPECT_EQ(told[0], "A file name cannot begin with \".\".");
+}
