@@ -1,6 +1,7 @@
 #include "cushy/BubbleText.h"
 
 #include "platform/Exception.h"
+#include "speclang/SpecNumber.h"
 #include "speclang/SpecQuote.h"
 
 #include <cstdlib>
@@ -137,7 +138,7 @@ std::vector<BubbleItem> scanBubbleText(const std::string& text, std::int32_t def
                 const std::string delay = attribute("delay");
                 if (delay.empty()) throw Exception("Missing delay in pause tag");
                 item.kind = BubbleItem::pause;
-                item.seconds = std::strtod(delay.c_str(), nullptr);
+                item.seconds = leadingDouble(delay, 0.0);
                 push(std::move(item));
             } else if (tag.name == "move") {
                 item.action = attribute("bounds");

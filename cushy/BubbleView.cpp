@@ -9,6 +9,7 @@
 #include "platform/Exception.h"
 #include "speclang/SpecColor.h"
 #include "speclang/SpecExpression.h"
+#include "speclang/SpecNumber.h"
 #include "speclang/SpecQuote.h"
 
 #include <algorithm>
@@ -303,11 +304,7 @@ void BubbleView::paintShape(Raster32& canvas) {
 }
 
 void BubbleView::paint(Raster32& canvas, const IntRect&) {
-    try {
-        layOut();
-    } catch (const std::exception& e) {
-        layout_.showError(e.what());
-    }
+    layOut();
     paintShape(canvas);
     for (const Placed& word : placed_) {
         if (word.firstStep >= typed_) break;
@@ -348,7 +345,8 @@ void BubbleView::tick(std::uint32_t now) {
             try {
                 layout_.execute(step.action, step.params);
             } catch (const std::exception& e) {
-                layout_.showError(e.what());
+                stopOnFault(e.what());
+                return;
             }
         } else if (step.kind == Step::move) {
             startMove(step);
@@ -365,7 +363,7 @@ void BubbleView::tick(std::uint32_t now) {
         try {
             layout_.execute(fullPageAction_, fullPageParams_);
         } catch (const std::exception& e) {
-            layout_.showError(e.what());
+            stopOnFault(e.what());
         }
     }
 }
@@ -374,8 +372,8 @@ void BubbleView::startMove(const Step& step) {
     const SpecRect r = parseBounds(step.action, SpecRect{frame_.left, frame_.top, std::int32_t(frame_.right()),
                                                          std::int32_t(frame_.bottom())});
     const IntRect target{r.left, r.top, std::max(r.right - r.left, 0), std::max(r.bottom - r.top, 0)};
-    const double time = step.time.empty() ? moveTime_ : std::strtod(step.time.c_str(), nullptr);
-    moveCurveNow_ = step.curve.empty() ? moveCurve_ : std::strtod(step.curve.c_str(), nullptr);
+    const double time = step.time.empty() ? moveTime_ : leadingDouble(step.time, 0.0);
+    moveCurveNow_ = step.curve.empty() ? moveCurve_ : leadingDouble(step.curve, 0.0);
     if (!(time > 0) || window_ == nullptr) {
         resize(target);
         return;
@@ -402,6 +400,7 @@ void BubbleView::moveTick(std::uint32_t due) {
 }
 
 void BubbleView::timerFired(TimerQueue&, std::uint32_t due, std::uint32_t, int id) {
+    if (stopped()) return;
     if (id == typingTimer) {
         typingPending_ = false;
         tick(due);

@@ -10,14 +10,22 @@ void ContainerView::paint(Raster32& canvas, const IntRect& clip) {
         // Hold the child: a paint may run nothing that changes the tree, but a view's
         // paint is not ours to trust.
         const ViewRef child = children_[i];
-        if (!child->visible()) continue;
+        if (!child->visible() || child->stopped()) continue;
         const IntRect& frame = child->frame();
         const IntRect part = intersectionOf(area, frame);
         if (part.isEmpty()) continue;
         Raster32 sub(canvas.at(part.left, part.top), canvas.stride(),
                      IntRect{part.left - frame.left, part.top - frame.top, part.width, part.height});
-        child->paint(sub, sub.bounds());
+        try {
+            child->paint(sub, sub.bounds());
+        } catch (const std::exception& e) {
+            child->stopOnFault(e.what());
+        }
     }
+}
+
+void ContainerView::faultBelow(const std::string& message) {
+    if (parent_ != nullptr) parent_->faultBelow(message);
 }
 
 template <class Ask>
@@ -77,7 +85,15 @@ void ContainerView::mouseLeave(std::uint32_t time) {
 void ContainerView::refresh() {
     // A refresh changes no tree but the refreshing view's own (a layout that loads another),
     // so the children are walked in place: the idle refresh of a whole screen stays cheap.
-    for (std::size_t i = 0; i < children_.size(); ++i) children_[i]->refresh();
+    for (std::size_t i = 0; i < children_.size(); ++i) {
+        View& child = *children_[i];
+        if (child.stopped()) continue;
+        try {
+            child.refresh();
+        } catch (const std::exception& e) {
+            child.stopOnFault(e.what());
+        }
+    }
 }
 
 void ContainerView::setWindow(Window* window) {

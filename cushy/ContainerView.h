@@ -31,6 +31,9 @@ public:
 
     const std::vector<ViewRef>& children() const { return children_; }
 
+    // A view below stopped on a fault: the message travels up to the layout that shows it.
+    virtual void faultBelow(const std::string& message);
+
 protected:
     // Called for each child on its way out, before it is disposed.
     virtual void childRemoved(View& child);

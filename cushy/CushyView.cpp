@@ -168,11 +168,17 @@ void CushyView::AutoRefresh::timerFired(TimerQueue& queue, std::uint32_t due, st
     CushyView* const layout = owner;
     View* const target = view;
     const std::int32_t every = period;
+    if (target->stopped()) return;
     if (const auto control = layout->controls_.find(target); control != layout->controls_.end())
         layout->syncControl(*target, control->second);
     if (const auto hint = layout->hintViews_.find(target); hint != layout->hintViews_.end())
         layout->renewHint(static_cast<HintedView&>(*target), hint->second);
-    target->refresh();
+    try {
+        target->refresh();
+    } catch (const std::exception& e) {
+        target->stopOnFault(e.what());
+        return;
+    }
     // The refresh may have removed the view, and this record with it.
     if (layout->refreshers_.count(target) != 0 && layout->window() != nullptr)
         queue.schedule(this, 0, due + std::uint32_t(every));
@@ -260,6 +266,8 @@ void CushyView::addAutoRefresh(View& view, std::int32_t period) {
 }
 
 void CushyView::childRemoved(View& child) { unregister(child); }
+
+void CushyView::faultBelow(const std::string& message) { reportLater(message); }
 
 void CushyView::reportLater(const std::string& message) {
     pendingErrors_.push_back(message);

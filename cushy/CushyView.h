@@ -111,6 +111,7 @@ public:
 
 protected:
     void childRemoved(View& child) override;
+    void faultBelow(const std::string& message) override;
     // A fault met during a refresh, shown from the queue once the walk is over.
     void reportLater(const std::string& message);
 

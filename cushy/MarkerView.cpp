@@ -72,7 +72,7 @@ void MarkerView::detached(Window& window) {
 }
 
 void MarkerView::timerFired(TimerQueue& queue, std::uint32_t due, std::uint32_t, int id) {
-    if (id != frameTimer) return;
+    if (id != frameTimer || stopped()) return;
     // Counted in frames, so that the last frame lands on the whole stroke.
     ++frames_;
     progress_ = std::min(1.0, frames_ * period_ / (time_ * 1000));

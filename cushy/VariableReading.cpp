@@ -5,26 +5,15 @@
 #include "speclang/SpecLanguage.h"
 #include "speclang/SpecNumber.h"
 
-#include <cstdio>
-
 namespace tw {
 
-double variableNumber(const std::string& value, double defaultValue) {
-    const char* p = value.c_str();
-    while (isCSpace(*p)) ++p;
-    double number;
-    return scanDouble(p, number) == p ? defaultValue : number;
-}
+double variableNumber(const std::string& value, double defaultValue) { return leadingDouble(value, defaultValue); }
 
 std::int32_t variableInteger(const std::string& value) { return toInt(value, 0); }
 
 bool variableBool(const std::string& value) { return toBool(value, false); }
 
-std::string formatVariableNumber(double value) {
-    char buffer[40];
-    std::snprintf(buffer, sizeof buffer, "%.14g", value);
-    return buffer;
-}
+std::string formatVariableNumber(double value) { return formatDouble(value, 14); }
 
 WatchedText::WatchedText(std::string raw, CushyHost& host, CushyView& view)
     : raw_(std::move(raw)), text_(expand(raw_, host, view)), watching_(hasVar(raw_)) {

@@ -79,9 +79,9 @@ void VectorView::run(Raster32& canvas) {
     try {
         Ketch::run(frame, text_);
     } catch (const Ketch::Exception& e) {
-        layout_.showError(e.describe());
+        stopOnFault(e.describe());
     } catch (const Exception& e) {
-        layout_.showError(e.message());
+        stopOnFault(e.message());
     }
 }
 

@@ -120,6 +120,13 @@ void View::setWindow(Window* window) {
     if (window_ != nullptr) attached(*window_);
 }
 
+void View::stopOnFault(const std::string& message) {
+    if (stopped_) return;
+    invalidateAll();
+    stopped_ = true;
+    if (parent_ != nullptr) parent_->faultBelow(message);
+}
+
 void View::setVisible(bool visible) {
     if (visible == visible_) return;
     visible_ = true;

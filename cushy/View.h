@@ -71,6 +71,13 @@ public:
     void setCursor(std::optional<Cursor> cursor) { cursor_ = cursor; }
     void invalidateAll() { invalidate(size_); }
 
+    // The one rule for a fault in a view's drawing or animation: the view stops (it paints,
+    // refreshes and animates no more) and the message goes up once to the layout, which
+    // shows it after the walk. A view repainted every frame would otherwise raise the same
+    // box every frame, for ever. A stopped view stays stopped until it is built again.
+    void stopOnFault(const std::string& message);
+    bool stopped() const { return stopped_; }
+
     // The view that holds the mouse, in the whole process, or null.
     static View* captureHolder();
     // The view that takes the keys, in the whole process, or null.
@@ -90,6 +97,7 @@ protected:
     IntRect frame_;
     IntRect screenFrame_;
     bool timerPending_ = false;
+    bool stopped_ = false;
 };
 
 using ViewRef = std::shared_ptr<View>;

@@ -220,6 +220,7 @@ void FileDialog::reload() {
 
 void FileDialog::setFileName(const std::string& name) {
     fileName_ = name;
+    nameSelected_ = false;
     repaint();
 }
 
@@ -240,7 +241,10 @@ void FileDialog::select(std::int32_t index) {
     selected_ = index;
     const Path& entry = entries_[std::size_t(index)];
     if (entry.isFolder()) return;
-    if (setup_.saving) fileName_ = entry.stem();
+    if (setup_.saving) {
+        fileName_ = entry.stem();
+        nameSelected_ = false;
+    }
     else if (listener_) listener_(entry);
 }
 
@@ -260,16 +264,40 @@ void FileDialog::activate() {
         if (selected_ >= 0) choose(entries_[std::size_t(selected_)]);
         return;
     }
-    // A name the file system can't take (a folder part, too long for one name) is not chosen.
-    if (fileName_.empty() || fileName_.find('/') != std::string::npos || fileName_.size() > 255 || folder_.empty())
+    if (fileName_.empty() || folder_.empty()) return;
+    // A name the file system can't take, or would hide, is refused in words: a folder
+    // part, a leading dot ("..", which with the extension would be a hidden file), or
+    // more bytes than one name may have.
+    refusal_.clear();
+    if (fileName_.find('/') != std::string::npos) {
+        refusal_ = setup_.slashRefusal;
+    } else if (fileName_.front() == '.') {
+        refusal_ = setup_.dotRefusal;
+    }
+    std::string name = fileName_;
+    if (refusal_.empty()) {
+        const std::string extension = Path::parse(fileName_).extension();
+        const bool hasSuffix = extension.size() == setup_.extension.size() &&
+                               std::equal(extension.begin(), extension.end(), setup_.extension.begin(),
+                                          [](char a, char b) { return lowered(char32_t(a)) == lowered(char32_t(b)); });
+        if (!hasSuffix) name += "." + setup_.extension;
+        if (name.size() > maxNameBytes) refusal_ = setup_.lengthRefusal;
+    }
+    if (!refusal_.empty()) {
+        tell(refusal_);
         return;
-    const std::string extension = Path::parse(fileName_).extension();
-    const bool hasSuffix = extension.size() == setup_.extension.size() &&
-                           std::equal(extension.begin(), extension.end(), setup_.extension.begin(),
-                                      [](char a, char b) { return lowered(char32_t(a)) == lowered(char32_t(b)); });
-    const std::string suffix = "." + setup_.extension;
-    const Path file = folder_.join(hasSuffix ? fileName_ : fileName_ + suffix);
+    }
+    const Path file = folder_.join(name);
     if (confirmReplace(file)) choose(file);
+}
+
+void FileDialog::tell(const std::string& text) {
+    if (owner_ == nullptr) return;
+    MessageBox box(fonts_, text, AlertType::warning, AlertButtons::ok, AlertButton::ok);
+    const std::unique_ptr<Window> window = owner_->openDialog(box, setup_.title, (owner_->width() - box.width()) / 2,
+                                                              (owner_->height() - box.height()) / 2, box.width(),
+                                                              box.height());
+    owner_->runModal([&] { return box.closed(); });
 }
 
 bool FileDialog::confirmReplace(const Path& file) {
@@ -399,16 +427,25 @@ bool FileDialog::keyDown(const KeyEvent& event) {
         case Key::escape: closed_ = true; return true;
         case Key::backspace:
             if (setup_.saving) {
-                dropLastCharacter(fileName_);
+                if (nameSelected_) fileName_.clear();
+                else dropLastCharacter(fileName_);
+                nameSelected_ = false;
                 repaint();
             } else {
                 goUp();
             }
             return true;
         case Key::character:
+            if (event.ctrl && setup_.saving && (event.character == U'a' || event.character == U'A')) {
+                nameSelected_ = !fileName_.empty();
+                repaint();
+                return true;
+            }
             if (event.ctrl || event.character < 0x20 || event.character == 0x7F) return false;
             if (setup_.saving) {
                 // Typing names a new file: Enter then saves it rather than the selection.
+                if (nameSelected_) fileName_.clear();
+                nameSelected_ = false;
                 appendUtf8(fileName_, event.character);
                 selected_ = -1;
                 repaint();
@@ -503,6 +540,9 @@ void FileDialog::paint(const PixelTile& tile) {
         look::frameRect(canvas, name, look::accent);
         std::int32_t end = 0;
         clippedTo(canvas, {name.left + 1, name.top + 1, name.width - 2, name.height - 2}, [&](Raster32& inner) {
+            if (nameSelected_)
+                look::fillRect(inner, {name.left + textInset - 1, name.top + 3, textWidth(*fonts_.regular, fileName_) + 2, name.height - 6},
+                               look::selection);
             end = drawText(inner, *fonts_.regular, name.left + textInset, baseline(name), fileName_);
         });
         if (selected_ < 0 || entries_[std::size_t(selected_)].isFolder())

@@ -41,6 +41,10 @@ struct FileDialogSetup {
     // Saving over a file asks this first, "^F" standing for the file's name; empty asks nothing.
     std::string replacePrompt;
     std::string okLabel = "OK", cancelLabel = "Cancel", upLabel = "Up", fileNameLabel = "File name:";
+    // Saving: why a typed name is refused, in words, rather than saved hidden or dropped.
+    std::string slashRefusal = "A file name cannot contain \"/\".";
+    std::string dotRefusal = "A file name cannot begin with \".\".";
+    std::string lengthRefusal = "The file name is too long.";
 };
 
 class FileDialog : public WindowClient, public FileDialogControls {
@@ -53,6 +57,8 @@ public:
     // Two characters typed closer than this in time make one name to jump to.
     static constexpr std::uint32_t typeAheadMs = 1000;
     static constexpr std::uint32_t doubleClickMs = 500;
+    // The bytes one name may have on the file systems Linux users keep patches on.
+    static constexpr std::size_t maxNameBytes = 255;
 
     // Runs the setup's script against the dialog first: a bad script raises its error
     // here, before any window opens. Starts in `startFolder` when it is a folder.
@@ -73,6 +79,10 @@ public:
     const Path& folder() const { return folder_; }
     void setFileName(const std::string& name);
     const std::string& fileName() const { return fileName_; }
+    // Whether Ctrl+A selected the whole name, which the next key then replaces.
+    bool nameSelected() const { return nameSelected_; }
+    // Why the last name was refused, as the user was told; empty when none was.
+    const std::string& refusal() const { return refusal_; }
     // The folders, then the files of the current filter, each sorted by the paths' order.
     const std::vector<Path>& entries() const { return entries_; }
     // The selected entry, or -1.
@@ -139,6 +149,8 @@ private:
     void choose(const Path& file);
     // Asks, in a message box over the dialog, whether an existing file may be replaced.
     bool confirmReplace(const Path& file);
+    // Shows a warning over the dialog; nothing without an owner (a dialog driven directly).
+    void tell(const std::string& text);
     void press(int part);
     void typeAhead(char32_t c, std::uint32_t time);
     std::string filterText(int filter) const;
@@ -156,6 +168,8 @@ private:
     std::int32_t scroll_ = 0;
     int filter_ = 0;
     std::string fileName_;
+    bool nameSelected_ = false;
+    std::string refusal_;
     std::string typed_;
     std::uint32_t lastTyped_ = 0;
     std::int32_t lastClickRow_ = -1;

@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 
 #include "cushy/CushyView.h"
@@ -29,6 +28,7 @@
 #include "platform/Window.h"
 #include "speclang/SpecExpression.h"
 #include "speclang/SpecLanguage.h"
+#include "speclang/SpecNumber.h"
 #include "speclang/SpecQuote.h"
 
 namespace tw {
@@ -39,11 +39,7 @@ constexpr std::string_view paramsPrefix = "params.";
 constexpr std::string_view feedbacksPrefix = "feedbacks.";
 constexpr std::string_view humanSuffix = ".human";
 
-std::string formatValue(double value) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.7g", value);
-    return text;
-}
+std::string formatValue(double value) { return formatDouble(value, 7); }
 
 std::string replaceMark(std::string text, std::string_view mark, const std::string& with) {
     const std::size_t at = text.find(mark);
@@ -390,7 +386,9 @@ void ModelController::writeParameter(int index, float value) {
 std::string ModelController::readParam(int index, bool human) {
     const Patch& patch = cachedPatch();
     const float value = patch.getParameter(index);
-    if (!human) return formatValue(value);
+    // A stepped parameter shows the step the engine takes from the value, however a host
+    // rounded it (0.333333 for a third is the range's second step, not a value between).
+    if (!human) return formatValue(factory_.constrainValue(patch, index, value));
     std::string text = factory_.valueToText(patch, index, value, false);
     if (!row(index).unit.empty()) text += " " + row(index).unit;
     return text;
@@ -402,7 +400,7 @@ void ModelController::writeParam(int index, bool human, const std::string& value
         editedBits_[static_cast<std::size_t>(index)] = true;
     }
     if (!human) {
-        writeParameter(index, factory_.constrainValue(cachedPatch(), index, static_cast<float>(std::strtod(value.c_str(), nullptr))));
+        writeParameter(index, factory_.constrainValue(cachedPatch(), index, static_cast<float>(leadingDouble(value, 0.0))));
         return;
     }
     std::string_view text = value;
@@ -449,16 +447,18 @@ bool ModelController::changeParamState(const std::string& params, bool checked) 
     const SpecMap map = parseMap(params);
     const int index = parameterNumber(unquote(lookup(map, "param")));
     if (index < 0) return false;
-    const float v = cachedPatch().getParameter(index);
+    // Compared as steps, as the engine reads them: a host's rounding is no other value.
+    const auto step = [&](float value) { return factory_.constrainValue(cachedPatch(), index, value); };
+    const float v = step(cachedPatch().getParameter(index));
     const bool hasTo = map.count("to") != 0;
     const bool hasWhen = map.count("whenEqual") != 0;
     const std::string when = hasWhen ? unquote(lookup(map, "whenEqual")) : std::string();
     if (!checked) {
-        if (hasWhen && when == "disabled" && hasTo) return v != clamp01(evaluateDouble(lookup(map, "to"), v));
+        if (hasWhen && when == "disabled" && hasTo) return v != step(clamp01(evaluateDouble(lookup(map, "to"), v)));
         return true;
     }
     if (map.count("toggle") != 0) return v >= 0.5f;
-    if (hasTo && (!hasWhen || when == "checked")) return v == clamp01(evaluateDouble(lookup(map, "to"), v));
+    if (hasTo && (!hasWhen || when == "checked")) return v == step(clamp01(evaluateDouble(lookup(map, "to"), v)));
     return false;
 }
 
@@ -472,8 +472,11 @@ bool ModelController::clipboardHoldsPatch() {
 std::string ModelController::title() { return translate(descriptor_.publicName); }
 
 bool ModelController::reportError(CushyView& view, const std::string& message) {
+    // A message's first line is the system's text, translated; lines after it name things.
+    const std::size_t lineEnd = message.find('\n');
+    const std::string names = lineEnd == std::string::npos ? std::string() : message.substr(lineEnd);
     const std::string text = message.empty() ? translate("Unexpected error")
-                                             : replaceMark(translate("Error: ^E"), "^E", translate(message));
+                                             : replaceMark(translate("Error: ^E"), "^E", translate(message.substr(0, lineEnd))) + names;
     showMessageBox(view, title(), text, AlertType::error, AlertButtons::ok, AlertButton::ok);
     return true;
 }
@@ -599,8 +602,23 @@ void ModelController::setVariable(CushyView&, const std::string& name, const std
 
 // ---- Patch files ----
 
+namespace {
+
+// A message that names its file: the message on the first line, as the string table knows
+// it, and the file on the next.
+[[noreturn]] void rethrowNaming(const Exception& fault, const Path& file) {
+    throw Exception(fault.message() + "\n" + file.toString());
+}
+
+}  // namespace
+
 void ModelController::openPatchFile(const Path& path) {
-    std::unique_ptr<Patch> patch = factory_.patchFromText(readWholeFile(path));
+    std::unique_ptr<Patch> patch;
+    try {
+        patch = factory_.patchFromText(readWholeFile(path));
+    } catch (const Exception& e) {
+        rethrowNaming(e, path);
+    }
     patch->setPath(path);
     patch->markClean();
     pushUndo("Open Patch", false);
@@ -624,8 +642,22 @@ bool ModelController::switchPatchState(const std::string& params, bool perform) 
     // A file removed or replaced by a folder since the listing: the cache is stale.
     if (!next.empty() && next.kind() != Path::Kind::file) next = nextPatchFile(forward, wrap, false);
     if (next.empty()) return false;
-    openPatchFile(next);
-    return true;
+    // A file that cannot be read is stepped over, or the arrow would try it again at every
+    // press; the first one met is said, once in the editor's life.
+    std::string skipped;
+    const std::size_t files = browser_.listFolder(next.parent(), true).size();
+    for (std::size_t tries = 0; !next.empty() && tries <= files; ++tries) {
+        try {
+            openPatchFile(next);
+            break;
+        } catch (const Exception& e) {
+            if (skipped.empty() && unreadableSaid_.insert(next.toString()).second) skipped = e.message();
+        }
+        next = browser_.nextPatchFile(next, forward, wrap, true);
+        if (!next.empty() && next.equals(cachedPatch().getPath())) next = Path();
+    }
+    if (!skipped.empty()) throw Exception(skipped);
+    return !next.empty();
 }
 
 void ModelController::switchPatch(const std::string& params) { switchPatchState(params, true); }
@@ -650,6 +682,9 @@ Path ModelController::runPatchDialog(const FileBrowserSetup& setup, bool saving,
     dialog.cancelLabel = translate("Cancel");
     dialog.upLabel = translate("Up");
     dialog.fileNameLabel = translate("File name:");
+    dialog.slashRefusal = translate(dialog.slashRefusal);
+    dialog.dotRefusal = translate(dialog.dotRefusal);
+    dialog.lengthRefusal = translate(dialog.lengthRefusal);
     // Each file selected while opening is heard at once, through the edit patch, without
     // touching the program; closing the dialog in any way ends the audition.
     struct EndAudition {
@@ -704,7 +739,15 @@ void ModelController::savePatch() {
     const std::string suggestion = PatchBrowser::saveSuggestion(path, cachedPatch().getName(),
                                                                 translate("Untitled " + descriptor_.publicName + " Patch"));
     const BrowserFolders remembered = loadBrowserDirectories(saveSetup_.name);
-    const Path start = PatchBrowser::pickStartFolder(saveSetup_, path, remembered.save);
+    Path start = PatchBrowser::pickStartFolder(saveSetup_, path, remembered.save);
+    // A system-wide install's factory folder takes no files: a save starts where it can land.
+    if (start.empty() || !start.canCreateIn()) {
+        try {
+            saveSetup_.userFolder.createFolder();
+            start = saveSetup_.userFolder;
+        } catch (const Exception&) {
+        }
+    }
     const Path chosen = runPatchDialog(saveSetup_, true, start, suggestion, Path());
     if (chosen.empty()) return;
     // The file's name names the patch, which is now clean; neither is an undoable step.
@@ -716,9 +759,13 @@ void ModelController::savePatch() {
         if (c == '\n') text += '\r';
         text += c;
     }
-    SafeFileWriter writer(chosen);
-    writer.write(0, text.data(), text.size());
-    writer.commit();
+    try {
+        SafeFileWriter writer(chosen);
+        writer.write(0, text.data(), text.size());
+        writer.commit();
+    } catch (const Exception& e) {
+        rethrowNaming(e, chosen);
+    }
     install(std::move(patch));
     rememberFolders(saveSetup_.name, remembered.open, chosen.parent());
     browser_.forget();

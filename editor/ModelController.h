@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <set>
 #include <memory>
 #include <string>
 #include <vector>
@@ -183,6 +184,8 @@ private:
     FileBrowserSetup browserSetup_;
     FileBrowserSetup saveSetup_;
     PatchBrowser browser_;
+    // Files the patch arrows stepped over because they could not be read, each said once.
+    std::set<std::string> unreadableSaid_;
     std::string versionCheckUrl_;
     VersionChecker::ConnectionProbe connectionProbe_ = hasNetworkConnection;
     bool versionCheckEnabled_ = false;

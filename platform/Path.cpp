@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <locale.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <wchar.h>
 #include <wctype.h>
 
@@ -152,6 +153,24 @@ Path::Kind Path::kind() const {
         throw QvxFiles::Exception("Error obtaining file or directory info", errno, *text_);
     }
     return S_ISDIR(info.st_mode) ? Kind::folder : Kind::file;
+}
+
+bool Path::canCreateIn() const {
+    if (!text_ || ::access(text_->c_str(), W_OK | X_OK) != 0 || kind() != Kind::folder) return false;
+    // The permission bits say yes to root everywhere: only a file made says it for sure.
+    // One without a name where the file system can, else a hidden one removed at once.
+    int descriptor = ::open(text_->c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+    if (descriptor >= 0) {
+        ::close(descriptor);
+        return true;
+    }
+    if (errno != EOPNOTSUPP && errno != EISDIR) return false;
+    const std::string probe = join(".write-probe-" + std::to_string(::getpid())).toString();
+    descriptor = ::open(probe.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
+    if (descriptor < 0) return false;
+    ::close(descriptor);
+    ::unlink(probe.c_str());
+    return true;
 }
 
 void Path::createFolder() const {

@@ -46,6 +46,10 @@ public:
     // What is at the path on disk. "Error obtaining file or directory info" for anything
     // but absence.
     Kind kind() const;
+    // Whether a file can be made in this folder by this process: false for anything that
+    // is not a folder, and for a folder such as a system-wide install's that only root
+    // may change.
+    bool canCreateIn() const;
     // Creates this folder and any missing folder above it; no error when it exists.
     void createFolder() const;
     // The files in this folder whose extension is `extension` (ignoring case), or all

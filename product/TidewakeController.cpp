@@ -1,10 +1,9 @@
 #include "product/TidewakeController.h"
 
-#include <cstdio>
-
 #include "patch/Patch.h"
 #include "product/TidewakeDescriptor.h"
 #include "product/TidewakeParameterText.h"
+#include "speclang/SpecNumber.h"
 
 namespace tw {
 
@@ -29,9 +28,7 @@ std::string TidewakeController::getVariable(CushyView& view, const std::string& 
     if (name.size() == needlePrefix.size() + 2 && name.starts_with(needlePrefix) && name.back() == ']') {
         const char digit = name[needlePrefix.size()];
         if (digit >= '0' && digit <= '9') {
-            char text[32];
-            std::snprintf(text, sizeof text, "%.7g", cachedFeedback().needles[static_cast<std::size_t>(digit - '0')]);
-            return text;
+            return formatDouble(cachedFeedback().needles[static_cast<std::size_t>(digit - '0')], 7);
         }
     }
     return ModelController::getVariable(view, name);

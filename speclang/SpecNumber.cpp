@@ -121,4 +121,20 @@ const char* scanDouble(const char* p, double& value) {
     return q;
 }
 
+double leadingDouble(std::string_view text, double defaultValue) {
+    // scanDouble stops at a terminator; a view may end anywhere, so it reads a copy.
+    const std::string copy(text);
+    const char* p = copy.c_str();
+    while (isCSpace(*p)) ++p;
+    double value;
+    return scanDouble(p, value) == p ? defaultValue : value;
+}
+
+std::string formatDouble(double value, int significantDigits) {
+    char buffer[64];
+    const auto [end, error] =
+        std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, significantDigits);
+    return error == std::errc() ? std::string(buffer, end) : std::string();
+}
+
 }  // namespace tw

@@ -1,9 +1,12 @@
-// Number literals as the spec language reads them: C integer literals for toInt, the
-// integer expressions and the digit escapes of quoted strings, and decimal literals for the
-// float expressions and for the numbers typed into parameter fields.
+// Numbers as text, the one pair that every text of the editor is written and read with:
+// C integer literals for toInt, the integer expressions and the digit escapes of quoted
+// strings, decimal literals for the float expressions, the GUI variables, the numbers typed
+// into parameter fields and the tour's timings. None follows the locale a host has set.
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 #include "platform/Ascii.h"
 
@@ -22,6 +25,15 @@ const char* scanIntegerLiteral(const char* p, std::uint32_t& magnitude);
 // of a double gives an infinity, one below it zero. Answers the position behind the number,
 // or `p` itself when no number starts there.
 const char* scanDouble(const char* p, double& value);
+
+// The leading number of `text` after any C white space, as scanDouble reads it, or
+// `defaultValue` when none starts there: what strtod gives, but with '.' in every locale.
+double leadingDouble(std::string_view text, double defaultValue);
+
+// `value` with `significantDigits` significant digits as printf's "%.*g" writes it in the
+// "C" locale: "0.5", "1e+20", "-inf", "nan". Every number the editor writes as text for
+// itself to read back goes through here.
+std::string formatDouble(double value, int significantDigits);
 
 // The C library's white space: blank, tab, line feed, vertical tab, form feed, return.
 inline bool isCSpace(char c) {

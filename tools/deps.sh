@@ -11,5 +11,10 @@ $SUDO apt-get install -y -qq --no-install-recommends \
   zlib1g-dev libpng-dev libx11-dev libxext-dev libsndfile1-dev libcurl4-openssl-dev \
   libfreetype-dev fonts-dejavu-core \
   libgtest-dev libgmock-dev libbenchmark-dev libcairo2-dev \
-  xvfb xauth xdotool imagemagick lsp-plugins-vst \
+  xvfb xauth xdotool imagemagick lsp-plugins-vst locales \
   >/dev/null
+# Hosts built on Qt or GTK run us under the user's locale: the tests run the editor under a
+# comma-decimal one, which a fresh machine does not have until it is generated.
+if ! locale -a 2>/dev/null | grep -qi '^de_DE\.utf-\?8$'; then
+  $SUDO localedef -i de_DE -f UTF-8 de_DE.UTF-8
+fi

@@ -199,6 +199,8 @@ TEST(Bubble, ConstructionFaults) {
               "");
     editor.attach();
     editor.window.paintAll();
-    ASSERT_EQ(editor.host.errors.size(), 1u);
+    editor.window.paintAll();
+    editor.window.advance(20);
+    ASSERT_EQ(editor.host.errors.size(), 1u) << "shown once, after the paint";
     EXPECT_EQ(editor.host.errors[0], "Unrecognized style tag: wobble");
 }

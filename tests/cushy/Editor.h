@@ -13,6 +13,7 @@
 #include "cushy/doubles/MapHost.h"
 #include "cushy/doubles/WindowDouble.h"
 #include "graphics/ResourceManager.h"
+#include "platform/Exception.h"
 #include "platform/TempFolder.h"
 #include "speclang/SpecColor.h"
 #include "speclang/SpecQuote.h"
@@ -32,8 +33,9 @@ public:
           claims_(toBool(lookup(spec, "claims"), true)), value_(unquote(lookup(spec, "value"))) {}
 
     void paint(Raster32& canvas, const IntRect& clip) override {
-        look::fillRect(canvas, intersectionOf(clip, size_), colour_);
         ++paints;
+        if (!paintFault.empty()) throw Exception(paintFault);
+        look::fillRect(canvas, intersectionOf(clip, size_), colour_);
     }
     bool mouseDown(const MouseEvent& e) override {
         log_.push_back(name_ + " down " + std::to_string(e.x) + "," + std::to_string(e.y));
@@ -61,12 +63,17 @@ public:
         log_.push_back(name_ + " right");
         return claims_;
     }
-    void refresh() override { ++refreshes; }
+    void refresh() override {
+        ++refreshes;
+        if (!refreshFault.empty()) throw Exception(refreshFault);
+    }
     std::string valueText() override { return value_; }
 
     int paints = 0;
     int refreshes = 0;
     bool capture = false;
+    // Non-empty: the paint or the refresh throws this message.
+    std::string paintFault, refreshFault;
 
 private:
     std::vector<std::string>& log_;

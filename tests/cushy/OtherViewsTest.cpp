@@ -90,7 +90,61 @@ TEST(Vector, MissingSourceAndARunFault) {
     editor.load(R"(views: { { type: vector, source: "format keel-1\nnonsense 1,2" } })");
     editor.attach();
     editor.window.paintAll();
+    editor.window.advance(20);
     EXPECT_EQ(editor.host.errors.size(), 1u);
+}
+
+TEST(Vector, AFaultInAnAnimatedDrawingShowsOnceAndStopsTheView) {
+    // A drawing that follows a variable repainted at every frame, failing at every run:
+    // one message, and the view draws and refreshes no more, while its neighbour goes on.
+    Editor editor;
+    editor.host.variables["angle"] = "1";
+    editor.host.variables["drawing"] = "format keel-1\nfill #00ff00\nrect 0,0,10,10\nnonsense $angle";
+    editor.host.variables["good"] = "format keel-1\nfill #0000ff\nrect 0,0,10,10";
+    editor.load(R"(views: {
+      { type: vector, bounds: { 0, 0, 10, 10 }, variable: drawing, guiVariables: true },
+      { type: vector, bounds: { 20, 0, 10, 10 }, variable: good } })");
+    editor.attach();
+    VectorView& failing = child<VectorView>(editor, 0);
+    VectorView& good = child<VectorView>(editor, 1);
+    for (int frame = 0; frame < 30; ++frame) {
+        editor.host.variables["angle"] = std::to_string(frame);
+        editor.root->refresh();
+        editor.window.paintAll();
+        editor.window.advance(10);
+    }
+    ASSERT_EQ(editor.host.errors.size(), 1u);
+    EXPECT_NE(editor.host.errors[0].find("nonsense"), std::string::npos) << editor.host.errors[0];
+    EXPECT_TRUE(failing.stopped());
+    EXPECT_EQ(failing.runs(), 1) << "stopped after its first fault";
+    EXPECT_FALSE(good.stopped());
+    EXPECT_EQ(pixel(editor, 5, 5), 0xFF000000u) << "its faulty drawing is not shown again";
+    editor.host.variables["good"] = "format keel-1\nfill #ff0000\nrect 0,0,10,10";
+    editor.root->refresh();
+    editor.window.paintAll();
+    EXPECT_EQ(pixel(editor, 25, 5), 0xFFFF0000u) << "the rest of the screen lives on";
+}
+
+TEST(Views, AFaultInAnyViewsPaintOrRefreshStopsOnlyThatView) {
+    // Views of any kind that throw while painting or refreshing go the same way.
+    Editor editor;
+    editor.load(R"(views: { { type: probe, bounds: { 0, 0, 10, 10 } }, { type: probe, bounds: { 20, 0, 10, 10 } } })");
+    editor.attach();
+    auto& paintFault = editor.probe(0);
+    auto& refreshFault = editor.probe(1);
+    paintFault.paintFault = "Paint fault";
+    refreshFault.refreshFault = "Refresh fault";
+    for (int frame = 0; frame < 10; ++frame) {
+        editor.root->refresh();
+        editor.window.paintAll();
+        editor.window.advance(10);
+    }
+    ASSERT_EQ(editor.host.errors.size(), 2u);
+    EXPECT_EQ(editor.host.errors[0], "Refresh fault");
+    EXPECT_EQ(editor.host.errors[1], "Paint fault");
+    EXPECT_EQ(paintFault.paints, 1);
+    EXPECT_EQ(refreshFault.refreshes, 1);
+    EXPECT_TRUE(paintFault.stopped() && refreshFault.stopped());
 }
 
 TEST(Vector, FollowsItsVariablesAndCachesFromTheSixthUnchangedPaint) {

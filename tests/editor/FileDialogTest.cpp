@@ -186,6 +186,44 @@ TEST(FileDialog, SavingNamesTheFileAndAddsTheExtension) {
     EXPECT_TRUE(second.result().equals(scratch.folder("Night.tidewake")));
 }
 
+TEST(FileDialog, NamesTheFileSystemCannotTakeAreRefusedInWordsAndCtrlASelectsTheName) {
+    Editor editor;
+    Scratch scratch;
+    FileDialogSetup setup = setupFor(scratch, true);
+    setup.fileName = "My Dub";
+    FileDialog dialog(fonts(editor), setup);
+    const std::vector<std::pair<std::string, std::string>> refused = {
+        {"..", setup.dotRefusal},
+        {".hidden", setup.dotRefusal},
+        {"a/b", setup.slashRefusal},
+        {std::string(FileDialog::maxNameBytes - 8, 'x'), setup.lengthRefusal},  // with ".tidewake", one too many
+    };
+    for (const auto& [name, why] : refused) {
+        dialog.setFileName(name);
+        dialog.keyDown(KeyEvent{Key::enter});
+        EXPECT_FALSE(dialog.closed()) << name;
+        EXPECT_EQ(dialog.refusal(), why) << name;
+    }
+    dialog.setFileName(std::string(FileDialog::maxNameBytes - 9, 'x'));
+    dialog.keyDown(KeyEvent{Key::enter});
+    EXPECT_TRUE(dialog.closed()) << "the longest name there is";
+    EXPECT_EQ(dialog.refusal(), "");
+
+    // Ctrl+A, then a key replaces the whole name; Ctrl+A, then backspace empties it.
+    FileDialog second(fonts(editor), setup);
+    KeyEvent all = typed(U'a', 0);
+    all.ctrl = true;
+    EXPECT_TRUE(second.keyDown(all));
+    EXPECT_TRUE(second.nameSelected());
+    EXPECT_EQ(second.fileName(), "My Dub") << "Ctrl+A types nothing";
+    second.keyDown(typed(U'N', 0));
+    EXPECT_EQ(second.fileName(), "N");
+    EXPECT_FALSE(second.nameSelected());
+    second.keyDown(all);
+    second.keyDown(KeyEvent{Key::backspace});
+    EXPECT_EQ(second.fileName(), "");
+}
+
 TEST(FileDialog, AScriptThatAsksForWhatTheDialogLacksFailsBeforeAnyWindowOpens) {
     Editor editor;
     Scratch scratch;

@@ -132,6 +132,32 @@ TEST_F(MainLayout, SegmentsSetTheirStepAndLightUp) {
     EXPECT_EQ(get("params.lfoStereo.human"), "Off");
 }
 
+TEST_F(MainLayout, StepsAHostRoundedShowAsTheStepsTheEngineTakes) {
+    // Qtractor keeps the range's third as 0.333333: "Wide" is in force, and lit.
+    constexpr int wideX = 67, wideY = 90;
+    constexpr std::uint32_t lit = 0xFF18686Cu;
+    auto fromHost = [&](int id, float value) {
+        host.effect->setParameter(host.effect, id, value);
+        window->advance(20);
+    };
+    fromHost(Param::freqShiftRange, 1.0f);
+    ASSERT_NE(pixel(wideX, wideY), lit);
+    fromHost(Param::freqShiftRange, 0.333333f);
+    EXPECT_EQ(get("params.freqShiftRange.human"), "Wide");
+    EXPECT_EQ(pixel(wideX, wideY), lit);
+    EXPECT_EQ(get("params.freqShiftRange"), "0.3333333");
+
+    // A synced delay time is a step of 14: its knob shows the step, not the rounding.
+    fromHost(Param::delaySync, 1.0f);
+    fromHost(Param::delayTime, 5.0f / 14.0f);
+    const std::string exact = get("params.delayTime");
+    const std::uint32_t knob = pixel(312, 100);
+    fromHost(Param::delayTime, 0.357143f);
+    EXPECT_EQ(get("params.delayTime"), exact);
+    EXPECT_EQ(pixel(312, 100), knob);
+    EXPECT_EQ(messageBoxes, 0);
+}
+
 TEST_F(MainLayout, KnobsTurnTheirFilmsAndTheirValueCaptionsFollow) {
     // The wet knob's arc at 4:30 o'clock lights only near the top of its range.
     const int arcX = wetX + 14, arcY = wetY + 15;

@@ -392,3 +392,83 @@ TEST_F(PatchBrowsing, AMissingFactoryFolderLeavesTheDialogWherePickStartFolderEn
 }
 
 }  // namespace
+
+TEST_F(PatchBrowsing, TheArrowsStepOverAFileThatCannotBeReadAndSayWhichOnce) {
+    writePatch("a.tidewake", 0.25f);
+    temp.write("b.tidewake", "not a patch at all");
+    writePatch("c.tidewake", 0.75f);
+    controller->openPatchFile(file("a.tidewake"));
+    try {
+        perform("switchPatch", "{ step: 1 }");
+        ADD_FAILURE() << "the broken file is said";
+    } catch (const Exception& e) {
+        EXPECT_EQ(e.message(), "Invalid data format\n" + file("b.tidewake").toString());
+    }
+    EXPECT_FLOAT_EQ(wetMix(), 0.75f) << "stepped over to the next file";
+    perform("switchPatch", "{ step: -1 }");
+    EXPECT_FLOAT_EQ(wetMix(), 0.25f) << "over it again, without a word this time";
+
+    // Opening it names it, whatever the fault.
+    try {
+        controller->openPatchFile(file("b.tidewake"));
+        ADD_FAILURE();
+    } catch (const Exception& e) {
+        EXPECT_EQ(e.message(), "Invalid data format\n" + file("b.tidewake").toString());
+    }
+    try {
+        controller->openPatchFile(file("gone.tidewake"));
+        ADD_FAILURE();
+    } catch (const Exception& e) {
+        EXPECT_EQ(e.message(), "Error opening file\n" + file("gone.tidewake").toString());
+    }
+}
+
+TEST_F(PatchBrowsing, ASaveStartsInTheUserFolderWhenItsFolderTakesNoFilesAndAFailedSaveNamesTheFile) {
+    // A folder in which no file can be made, root or not, as a system-wide factory folder.
+    const Path closed = Path::parse("/proc/self/fdinfo/");
+    ASSERT_FALSE(closed.canCreateIn());
+    EXPECT_TRUE(file("").canCreateIn());
+    saveBrowserDirectories("TidewakePatches", Path(), closed);
+    Path started;
+    drive({[&](WindowDouble& helper) {
+        started = dialogOf(helper).folder();
+        helper.key(Key::escape);
+    }});
+    perform("savePatch");
+    EXPECT_TRUE(started.equals(controller->saveSetup().userFolder)) << started.toString();
+
+    // The folder goes away while the dialog shows it: the save fails and says where.
+    temp.write("gone/x.tidewake", "");
+    drive({[&](WindowDouble& helper) {
+        FileDialog& dialog = dialogOf(helper);
+        ASSERT_TRUE(dialog.setFolder(file("gone/")));
+        std::filesystem::remove_all(file("gone/").toString());
+        dialog.setFileName("Night");
+        helper.key(Key::enter);
+    }});
+    try {
+        perform("savePatch");
+        ADD_FAILURE() << "the save fails";
+    } catch (const Exception& e) {
+        EXPECT_EQ(e.message(), "Error creating temporary file\n" + file("gone/Night.tidewake").toString());
+    }
+}
+
+TEST_F(PatchBrowsing, ASaveDialogSaysWhyItRefusesAName) {
+    std::vector<std::string> told;
+    drive({[](WindowDouble& helper) {
+               dialogOf(helper).setFileName("..");
+               helper.key(Key::enter);
+           },
+           [&](WindowDouble& helper) {
+               told = dynamic_cast<MessageBox&>(helper.client()).lines();
+               helper.key(Key::enter);
+           },
+           [](WindowDouble& helper) {
+               ASSERT_FALSE(dialogOf(helper).closed()) << "still open for another name";
+               helper.key(Key::escape);
+           }});
+    perform("savePatch");
+    ASSERT_FALSE(told.empty());
+    EXPECT_EQ(told[0], "A file name cannot begin with \".\".");
+}
