@@ -161,6 +161,9 @@ BundleDescription describeBundle(const Product& product, Instance& instance, con
     // The keys of the plug-in's own state, as sessions and presets store them.
     s += "<" + std::string(product.pluginUri) + "#state>\n    a rdf:Property ;\n    rdfs:label \"bank\" ;\n"
          "    rdfs:comment \"Every program and the current one, as the plug-in's chunk.\" ;\n    rdfs:range atom:Chunk .\n\n";
+    s += "<" + std::string(product.pluginUri) + "#currentProgram>\n    a rdf:Property ;\n"
+         "    rdfs:label \"current program\" ;\n    rdfs:comment \"The number of the program in use, from 0.\" ;\n"
+         "    rdfs:range atom:Int .\n\n";
     s += "<" + std::string(product.pluginUri) + "#program>\n    a rdf:Property ;\n    rdfs:label \"program\" ;\n"
          "    rdfs:comment \"One program, name and values, for the current one.\" ;\n    rdfs:range atom:Chunk .\n\n";
     s += ui + "\n    a ui:X11UI ;\n";

@@ -138,7 +138,7 @@ LV2UI_Handle instantiateUi(const LV2UI_Descriptor* descriptor, const char*, cons
             host.resize = static_cast<const LV2UI_Resize*>(f->data);
         auto instance = std::make_unique<UiInstance>();
         instance->product = product;
-        Lv2Plugin& plugin = *of(access->data)->plugin;
+        Lv2Plugin& plugin = pluginOf(access->data);
         instance->ui = std::make_unique<Lv2Ui>(plugin, product->editor(), host,
                                                reinterpret_cast<std::uintptr_t>(parent->data));
         *widget = reinterpret_cast<LV2UI_Widget>(instance->ui->widget());
@@ -175,6 +175,8 @@ const void* uiExtensionData(const char* uri) {
 }
 
 }  // namespace
+
+Lv2Plugin& pluginOf(LV2_Handle handle) { return *of(handle)->plugin; }
 
 const LV2_Descriptor* pluginDescriptor(const Product& product) {
     static PluginEntry entry{{product.pluginUri, instantiate, connectPort, activate, run, deactivate, cleanup, extensionData},

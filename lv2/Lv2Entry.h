@@ -25,4 +25,9 @@ struct Product {
 const LV2_Descriptor* pluginDescriptor(const Product& product);
 const LV2UI_Descriptor* uiDescriptor(const Product& product);
 
+class Lv2Plugin;
+// The plug-in behind a handle that pluginDescriptor's instantiate made: what the UI gets
+// through instance access.
+Lv2Plugin& pluginOf(LV2_Handle handle);
+
 }  // namespace tw::lv2

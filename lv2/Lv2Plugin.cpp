@@ -51,6 +51,7 @@ Uris::Uris(const LV2_URID_Map* map, const std::string& pluginUri) {
     timeBeatUnit = m(LV2_TIME__beatUnit);
     timeBeatsPerMinute = m(LV2_TIME__beatsPerMinute);
     bankKey = m((pluginUri + "#state").c_str());
+    currentProgramKey = m((pluginUri + "#currentProgram").c_str());
     programKey = m((pluginUri + "#program").c_str());
 }
 
@@ -193,8 +194,11 @@ LV2_State_Status Lv2Plugin::save(LV2_State_Store_Function store, LV2_State_Handl
     } catch (const std::exception&) {
         return LV2_STATE_ERR_UNKNOWN;
     }
-    return store(handle, uris_.bankKey, bytes.data(), bytes.size(), uris_.atomChunk,
-                 LV2_STATE_IS_POD | LV2_STATE_IS_PORTABLE);
+    const std::uint32_t flags = LV2_STATE_IS_POD | LV2_STATE_IS_PORTABLE;
+    const LV2_State_Status status = store(handle, uris_.bankKey, bytes.data(), bytes.size(), uris_.atomChunk, flags);
+    if (status != LV2_STATE_SUCCESS) return status;
+    const std::int32_t program = instance_.getCurrentProgram();
+    return store(handle, uris_.currentProgramKey, &program, sizeof program, uris_.atomInt, flags);
 }
 
 LV2_State_Status Lv2Plugin::restore(LV2_State_Retrieve_Function retrieve, LV2_State_Handle handle) {
@@ -213,6 +217,11 @@ LV2_State_Status Lv2Plugin::restore(LV2_State_Retrieve_Function retrieve, LV2_St
         instance_.loadState(std::string_view(static_cast<const char*>(data), size), isPreset);
     } catch (const std::exception&) {
         return LV2_STATE_ERR_UNKNOWN;
+    }
+    if (!isPreset) {
+        const void* program = retrieve(handle, uris_.currentProgramKey, &size, &type, &flags);
+        if (program && type == uris_.atomInt && size == sizeof(std::int32_t))
+            instance_.setCurrentProgram(*static_cast<const std::int32_t*>(program));
     }
     // The state holds the exact values; ports that still show the old ones must not
     // override them at the next run.

@@ -37,9 +37,9 @@ struct Uris {
     LV2_URID atomChunk, atomSequence, atomObject, atomBlank, atomFloat, atomDouble, atomInt, atomLong;
     LV2_URID midiEvent, timePosition, timeSpeed, timeBar, timeBarBeat, timeBeatsPerBar, timeBeatUnit,
         timeBeatsPerMinute;
-    // The plug-in's own keys: the bank with the current program (a session's state), and
-    // one program (a preset's).
-    LV2_URID bankKey, programKey;
+    // The plug-in's own keys: a session's state is the bank (the VST build's chunk) and
+    // the current program's number; a preset's is one program.
+    LV2_URID bankKey, currentProgramKey, programKey;
     Uris(const LV2_URID_Map* map, const std::string& pluginUri);
 };
 
