@@ -66,9 +66,7 @@ Lv2Plugin::Lv2Plugin(const std::string& pluginUri, double sampleRate, const LV2_
     if (!(rate >= Instance::minSampleRate && rate <= Instance::maxSampleRate))
         throw std::runtime_error("sample rate " + std::to_string(sampleRate) + " is outside what the engine runs at");
     instance_.setSampleRate(rate);
-    // The parameters as the ports will first show them: a host that leaves a port at the
-    // description's default changes nothing.
-    acceptControls();
+    seeParameters();
 }
 
 Lv2Plugin::~Lv2Plugin() = default;
@@ -94,13 +92,11 @@ void Lv2Plugin::activate() { instance_.activate(); }
 
 void Lv2Plugin::deactivate() { instance_.deactivate(); }
 
-void Lv2Plugin::acceptControls() {
+void Lv2Plugin::seeParameters() {
     const ModelDescriptor& d = instance_.descriptor();
     for (int i = 0; i < parameterCount_; ++i) {
         const int id = instance_.parameterId(i);
-        const float* port = controls_[static_cast<std::size_t>(i)];
-        seen_[static_cast<std::size_t>(i)] =
-            port ? *port : toPort(d.parameters[static_cast<std::size_t>(id)], instance_.parameterValue(id));
+        seen_[static_cast<std::size_t>(i)] = toPort(d.parameters[static_cast<std::size_t>(id)], instance_.parameterValue(id));
     }
 }
 
@@ -223,9 +219,9 @@ LV2_State_Status Lv2Plugin::restore(LV2_State_Retrieve_Function retrieve, LV2_St
         if (program && type == uris_.atomInt && size == sizeof(std::int32_t))
             instance_.setCurrentProgram(*static_cast<const std::int32_t*>(program));
     }
-    // The state holds the exact values; ports that still show the old ones must not
-    // override them at the next run.
-    acceptControls();
+    // The state holds the exact values: a port the host sets to the same value leaves
+    // them alone, one it sets otherwise (changed after the state was taken) wins.
+    seeParameters();
     if (ui_) ui_->portsChanged();
     return LV2_STATE_SUCCESS;
 }

@@ -79,8 +79,9 @@ private:
     void readEvents();
     void readPosition(const LV2_Atom_Object* position);
     void applyControls();
-    // Takes the control ports' present values as seen, so that they change nothing.
-    void acceptControls();
+    // Counts the parameters' present values as what the ports last showed, so that a
+    // port changes a parameter only when the host sets it to something else.
+    void seeParameters();
 
     Instance instance_;
     Uris uris_;

@@ -14,6 +14,8 @@ $SUDO apt-get install -y -qq --no-install-recommends \
   xvfb xauth xdotool imagemagick lsp-plugins-vst locales \
   lv2-dev sordi lilv-utils sox \
   >/dev/null
+# The hosts the formats are tried in: Ardour headless (ardour7-lua) for the LV2 bundle.
+$SUDO apt-get install -y -qq --no-install-recommends ardour >/dev/null
 # Hosts built on Qt or GTK run us under the user's locale: the tests run the editor under a
 # comma-decimal one, which a fresh machine does not have until it is generated.
 if ! locale -a 2>/dev/null | grep -qi '^de_DE\.utf-\?8$'; then

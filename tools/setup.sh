@@ -1,15 +1,17 @@
 #!/usr/bin/env bash
 # The first command of the README: installs the dependencies, builds Tidewake, installs
-# the plug-in and its factory patch folder, and renders the demo input through it into
-# build/demo.wav. By default the plug-in goes into ~/.vst/ (Bitwig, Reaper, Carla and
-# Qtractor look there); with --system it goes into /usr/local/lib/lxvst/, one of the
-# folders Ardour searches without being told, for every user of the machine.
+# each format with its factory patch folder, and renders the demo input through it into
+# build/demo.wav. By default the VST 2.4 plug-in goes into ~/.vst/ (Bitwig, Reaper, Carla
+# and Qtractor look there) and the LV2 bundle into ~/.lv2/; with --system they go into
+# /usr/local/lib/lxvst/ (one of the folders Ardour searches without being told) and
+# /usr/local/lib/lv2/, for every user of the machine.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 target="$HOME/.vst"
+lv2_target="$HOME/.lv2"
 case "${1:-}" in
     "") ;;
-    --system) target=/usr/local/lib/lxvst ;;
+    --system) target=/usr/local/lib/lxvst lv2_target=/usr/local/lib/lv2 ;;
     *) echo "usage: bash tools/setup.sh [--system]" >&2; exit 2 ;;
 esac
 bash tools/deps.sh
@@ -23,6 +25,12 @@ if [ ! -w "$(dirname "$target")" ] && [ "$(id -u)" != 0 ]; then as_owner=(sudo);
 "${as_owner[@]}" install -s -m 0755 build/Tidewake.so "$target/Tidewake.so"
 "${as_owner[@]}" install -m 0644 build/"Tidewake Patches"/*.tidewake "$target/Tidewake Patches/"
 echo "installed $target/Tidewake.so and its factory patches"
+# The bundle is replaced whole, its library without debugging information.
+"${as_owner[@]}" mkdir -p "$lv2_target"
+"${as_owner[@]}" rm -rf "$lv2_target/Tidewake.lv2"
+"${as_owner[@]}" cp -r build/Tidewake.lv2 "$lv2_target/Tidewake.lv2"
+"${as_owner[@]}" strip "$lv2_target/Tidewake.lv2/Tidewake.so"
+echo "installed $lv2_target/Tidewake.lv2"
 if [ "$target" = "$HOME/.vst" ]; then
     echo "Ardour does not search ~/.vst by itself: add it under Preferences > Plugins > VST >" \
          "Linux VST Path, or run this again with --system"

@@ -74,13 +74,8 @@ public:
         descriptor->connect_port(handle, lv2::events, events.data());
         descriptor->connect_port(handle, lv2::latency, &latency);
         controls.assign(19, 0.0f);
-        for (std::uint32_t i = 0; i < 19; ++i) {
-            // Start where the plug-in is, as a host starts from the description's defaults.
-            const int id = plugin().idOf(lv2::firstControl + i);
-            const ParameterSpec& row = plugin().instance().descriptor().parameters[static_cast<std::size_t>(id)];
-            controls[i] = lv2::toPort(row, plugin().instance().parameterValue(id));
-            descriptor->connect_port(handle, lv2::firstControl + i, &controls[i]);
-        }
+        showParameters();  // as a host starts from the description's defaults
+        for (std::uint32_t i = 0; i < 19; ++i) descriptor->connect_port(handle, lv2::firstControl + i, &controls[i]);
         clearEvents();
         descriptor->activate(handle);
     }
@@ -93,6 +88,14 @@ public:
     Lv2Host& operator=(const Lv2Host&) = delete;
 
     lv2::Lv2Plugin& plugin() { return lv2::pluginOf(handle); }
+    // The ports show the current program's values, as the plug-in's UI makes them.
+    void showParameters() {
+        for (std::uint32_t i = 0; i < 19; ++i) {
+            const int id = plugin().idOf(lv2::firstControl + i);
+            const ParameterSpec& row = plugin().instance().descriptor().parameters[static_cast<std::size_t>(id)];
+            controls[i] = lv2::toPort(row, plugin().instance().parameterValue(id));
+        }
+    }
     float& control(const std::string& symbol) {
         const ModelDescriptor& d = plugin().instance().descriptor();
         for (std::uint32_t i = 0; i < 19; ++i)
