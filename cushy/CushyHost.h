@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "cushy/NumberVariable.h"
 #include "graphics/IntRect.h"
 #include "speclang/SpecLanguage.h"
 
@@ -50,6 +51,11 @@ public:
     // Brackets a continuous change of a variable (a drag, a typed value).
     virtual void beginEnd(CushyView& view, const std::string& name, bool beginning) = 0;
     virtual void setVariable(CushyView& view, const std::string& name, const std::string& value, bool continuous) = 0;
+    // The variable as a number, for a control to hold from the moment its layout loads;
+    // by default through the text interface above.
+    virtual std::unique_ptr<NumberVariable> numberVariable(CushyView& view, const std::string& name) {
+        return std::make_unique<TextNumberVariable>(*this, view, name);
+    }
 };
 
 }  // namespace tw

@@ -9,6 +9,7 @@ namespace tw {
 
 ValueControlView::ValueControlView(CushyView& layout, const SpecMap& spec)
     : layout_(layout), variable_(unquote(lookup(spec, "variable"))),
+      number_(layout.host().numberVariable(layout, variable_)),
       readOnlyKey_(toBool(lookup(spec, "readonly"), false)), readOnly_(readOnlyKey_),
       wheel_(layout, variable_, [this] { syncNow(); }) {}
 
@@ -17,7 +18,7 @@ void ValueControlView::takeValue(double value) {
 }
 
 void ValueControlView::syncNow() {
-    takeValue(variableNumber(layout_.host().getVariable(layout_, variable_), value_.defaultValue));
+    takeValue(number_->read(value_.defaultValue));
 }
 
 void ValueControlView::holdForDrag(const MouseEvent& event) {
@@ -30,7 +31,7 @@ void ValueControlView::holdForDrag(const MouseEvent& event) {
 void ValueControlView::write(double value) {
     if (!value_.set(value)) return;
     invalidateAll();
-    if (dragging_ || wheel_.active()) layout_.host().setVariable(layout_, variable_, formatVariableNumber(value_.value), true);
+    if (dragging_ || wheel_.active()) number_->write(value_.value, true);
     if (dragging_ && hintWindow_) hintWindow_->textChanged(*this, hintTextNow());
 }
 
@@ -43,7 +44,7 @@ void ValueControlView::captureMouse() {
     HintedView::captureMouse();
     if (dragging_) return;
     dragging_ = true;
-    layout_.host().beginEnd(layout_, variable_, true);
+    number_->beginEnd(true);
 }
 
 void ValueControlView::releaseCapture() {
@@ -52,7 +53,7 @@ void ValueControlView::releaseCapture() {
     if (!ending) return;
     dragging_ = false;
     hideHint();
-    layout_.host().beginEnd(layout_, variable_, false);
+    number_->beginEnd(false);
     syncNow();
 }
 

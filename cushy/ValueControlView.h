@@ -6,10 +6,12 @@
 // steps.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "cushy/ControlValue.h"
 #include "cushy/HintedView.h"
+#include "cushy/NumberVariable.h"
 #include "cushy/VariableReading.h"
 #include "cushy/WheelGesture.h"
 #include "speclang/SpecLanguage.h"
@@ -50,6 +52,7 @@ protected:
 
     CushyView& layout_;
     std::string variable_;
+    std::unique_ptr<NumberVariable> number_;  // the variable, resolved once
     bool readOnlyKey_;
     bool readOnly_;
     ControlValue value_;

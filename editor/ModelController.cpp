@@ -395,20 +395,58 @@ std::string ModelController::readParam(int index, bool human) {
 }
 
 void ModelController::writeParam(int index, bool human, const std::string& value, bool continuous) {
-    if (continuous && !editedBits_[static_cast<std::size_t>(index)]) {
-        pushUndo(changeDescription(index), !human);
-        editedBits_[static_cast<std::size_t>(index)] = true;
-    }
-    if (!human) {
-        writeParameter(index, factory_.constrainValue(cachedPatch(), index, static_cast<float>(leadingDouble(value, 0.0))));
-        return;
-    }
+    if (!human) return writeParamNumber(index, leadingDouble(value, 0.0), continuous);
+    markEdited(index, true, continuous);
     std::string_view text = value;
     const std::string& unit = row(index).unit;
     if (!unit.empty() && text.size() > unit.size() && text.ends_with(unit) && text[text.size() - unit.size() - 1] == ' ')
         text.remove_suffix(unit.size() + 1);
     float out = 0.0f;
     if (factory_.textToValue(cachedPatch(), index, text, out)) writeParameter(index, out);
+}
+
+void ModelController::markEdited(int index, bool human, bool continuous) {
+    if (continuous && !editedBits_[static_cast<std::size_t>(index)]) {
+        pushUndo(changeDescription(index), !human);
+        editedBits_[static_cast<std::size_t>(index)] = true;
+    }
+}
+
+void ModelController::writeParamNumber(int index, double value, bool continuous) {
+    markEdited(index, false, continuous);
+    writeParameter(index, factory_.constrainValue(cachedPatch(), index, static_cast<float>(value)));
+}
+
+namespace {
+
+// A parameter's plain value as a knob or slider holds it: read and written as the model's
+// float, with no text between.
+class ParamVariable final : public NumberVariable {
+public:
+    ParamVariable(ModelController& controller, CushyView& view, int index, std::string name)
+        : controller_(controller), view_(view), index_(index), name_(std::move(name)) {}
+    double read(double) override { return controller_.paramNumber(index_); }
+    void write(double value, bool continuous) override { controller_.writeParamNumber(index_, value, continuous); }
+    void beginEnd(bool beginning) override { controller_.beginEnd(view_, name_, beginning); }
+
+private:
+    ModelController& controller_;
+    CushyView& view_;
+    int index_;
+    std::string name_;
+};
+
+}  // namespace
+
+double ModelController::paramNumber(int index) {
+    const Patch& patch = cachedPatch();
+    return factory_.constrainValue(patch, index, patch.getParameter(index));
+}
+
+std::unique_ptr<NumberVariable> ModelController::numberVariable(CushyView& view, const std::string& name) {
+    if (const ParamName param = paramName(name); param.index >= 0 && !param.human)
+        return std::make_unique<ParamVariable>(*this, view, param.index, name);
+    return CushyHost::numberVariable(view, name);
 }
 
 void ModelController::writePatchName(const std::string& value, bool continuous) {

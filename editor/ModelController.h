@@ -118,6 +118,12 @@ public:
     bool isWritable(CushyView& view, const std::string& name) override;
     void beginEnd(CushyView& view, const std::string& name, bool beginning) override;
     void setVariable(CushyView& view, const std::string& name, const std::string& value, bool continuous) override;
+    // A parameter's plain value ("params.<name>") as a number; other names as text.
+    std::unique_ptr<NumberVariable> numberVariable(CushyView& view, const std::string& name) override;
+    // A parameter's plain value as the engine takes it, and a write of one from a control
+    // (a gesture's first write is one undo step).
+    double paramNumber(int index);
+    void writeParamNumber(int index, double value, bool continuous);
 
     void timerFired(TimerQueue& queue, std::uint32_t due, std::uint32_t now, int id) override;
 
@@ -150,6 +156,7 @@ private:
     bool clipboardHoldsPatch();
     std::string readParam(int index, bool human);
     void writeParam(int index, bool human, const std::string& value, bool continuous);
+    void markEdited(int index, bool human, bool continuous);
     void writePatchName(const std::string& value, bool continuous);
     void fillConstants();
     void showLayoutError(const std::string& message);

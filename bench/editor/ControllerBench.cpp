@@ -3,7 +3,8 @@
 // nothing changed (it runs every 11 ms), and a fast tick after the host changed a
 // parameter, which takes a new snapshot and refreshes every control, live value and
 // button state. The painting, against a plain copy of the window's pixels: a full repaint
-// of the face, and what one turn of the delay-time knob repaints.
+// of the face, and what one turn of the delay-time knob repaints. And one mouse move of a
+// knob drag through the variable's number handle, against the same write as text by name.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -16,6 +17,7 @@
 #include "product/TidewakeEditorFactory.h"
 #include "bench/RatioReporter.h"
 #include "cushy/CushyView.h"
+#include "cushy/VariableReading.h"
 #include "cushy/StringTable.h"
 #include "cushy/doubles/WindowDouble.h"
 #include "graphics/ResourceManager.h"
@@ -123,6 +125,30 @@ void delayKnobTurn(benchmark::State& state) {
 }
 BENCHMARK(delayKnobTurn);
 
+// What one mouse move of a drag costs the model, before anything is painted: the value
+// written as text through the variable's name, as the controls once did, and through the
+// number handle a control holds from the moment its layout loads.
+void dragMoveByName(benchmark::State& state) {
+    Editor editor;
+    double value = 0.25;
+    for (auto _ : state) {
+        value = 0.75 - value + 0.25;
+        editor.controller->setVariable(editor.controller->rootView(), "params.delayTime", formatVariableNumber(value), true);
+    }
+}
+BENCHMARK(dragMoveByName);
+
+void dragMoveByHandle(benchmark::State& state) {
+    Editor editor;
+    auto handle = editor.controller->numberVariable(editor.controller->rootView(), "params.delayTime");
+    double value = 0.25;
+    for (auto _ : state) {
+        value = 0.75 - value + 0.25;
+        handle->write(value, true);
+    }
+}
+BENCHMARK(dragMoveByHandle);
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -135,6 +161,8 @@ int main(int argc, char** argv) {
         std::printf("updateAfterChange %8.2f x clonePatch (the main layout)\n",
                     reporter.times["updateAfterChange"] / clone);
     }
+    const double byName = reporter.times["dragMoveByName"], byHandle = reporter.times["dragMoveByHandle"];
+    if (byName > 0) std::printf("dragMoveByHandle %8.2f x dragMoveByName (one mouse move of a knob drag)\n", byHandle / byName);
     const double copy = reporter.times["plainWindowCopy"], full = reporter.times["fullRepaint"];
     if (copy > 0 && full > 0) {
         std::printf("fullRepaint %8.2f x plainWindowCopy (525 x 475; %.3f ms)\n", full / copy, full / 1e6);
