@@ -1,3 +1,6 @@
+// One dialog, one file, longer than most: its listing, selection, keys, type-ahead, name
+// field and painting all work on the same few fields, and the header says why it is one
+// painted dialog rather than a layout.
 #include "editor/FileDialog.h"
 
 #include <algorithm>

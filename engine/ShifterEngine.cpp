@@ -1,3 +1,6 @@
+// The engine's frame, its control-rate and slow updates and its sample loop in one file,
+// longer than most: they share the engine's state record field by field and follow one
+// signal path, which reads best from input to output without jumping between files.
 #include "engine/ShifterEngine.h"
 
 #include "engine/EngineMath.h"

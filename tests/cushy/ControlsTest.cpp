@@ -1,3 +1,5 @@
+// The controls' tests in one file, longer than most: knobs, sliders, buttons, clusters and
+// animations share the layout fixture and the gestures each case drives.
 #include "cushy/AnimationView.h"
 #include "cushy/ButtonView.h"
 #include "cushy/ClickMask.h"
