@@ -2,6 +2,10 @@
 // plug-in instance, keeps the undo stack, moves patches through the clipboard, and polls
 // the instance so that the screen follows what the host changes. The editor object owns
 // one per open window; the product class adds its own actions on top.
+//
+// One class, its members in a file per job: ModelController.cpp (opening, the ticks, the
+// layouts' host), ParameterEdits.cpp (parameters and gestures), PatchHistory.cpp (undo and
+// whole-patch operations), PatchFiles.cpp (patch files and dialogs), VersionCheck.cpp.
 #pragma once
 
 #include <cstdint>
