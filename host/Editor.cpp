@@ -36,6 +36,17 @@ Editor::Editor(ModelServices& services) : services_(services) {
 }
 
 Editor::~Editor() {
+    std::unique_lock<std::recursive_timed_mutex> lock(lock_, std::defer_lock);
+    if (!lockForClose(lock)) {
+        // The editor's thread is stuck inside a call of ours: what it uses must stay.
+        (void)controller_.release();
+        (void)window_.release();
+        for (Open& open : closing_) {
+            (void)open.controller.release();
+            (void)open.window.release();
+        }
+        return;
+    }
     // The host ends the instance without closing the editor, or while a call of ours is
     // still under way: the windows go now all the same.
     Open{std::move(controller_), std::move(window_)}.end();
@@ -49,7 +60,23 @@ void Editor::Open::end() {
     controller.reset();
 }
 
+bool Editor::lockForClose(std::unique_lock<std::recursive_timed_mutex>& lock) {
+    if (lock.try_lock()) return true;
+    // Another thread is inside: a modal loop of ours there ends at its next turn, and
+    // that thread carries out the close before it lets go.
+    closeWanted_.store(true);
+    if (EditorWindow* w = window_.get()) w->requestStop();
+    return lock.try_lock_for(std::chrono::seconds(5));
+}
+
 vst2::intptr Editor::dispatch(vst2::int32 opcode, vst2::intptr, void* ptr) {
+    std::unique_lock<std::recursive_timed_mutex> lock(lock_, std::defer_lock);
+    if (opcode == vst2::effEditClose) {
+        if (!lockForClose(lock)) return 0;
+        close();
+        return 1;
+    }
+    lock.lock();
     switch (opcode) {
         case vst2::effEditGetRect:
             if (ptr) *static_cast<vst2::ERect**>(ptr) = &rect_;
@@ -57,11 +84,16 @@ vst2::intptr Editor::dispatch(vst2::int32 opcode, vst2::intptr, void* ptr) {
         case vst2::effEditOpen:
             return open(ptr) ? 1 : 0;
         case vst2::effEditIdle:
-            if (window_) window_->idle();
+            if (window_) {
+                try {
+                    window_->idle();
+                } catch (...) {
+                    // A loop ended by a close from elsewhere unwinds to here.
+                }
+                // Our server went away: nothing of the editor can be shown any more.
+                if (closeWanted_.exchange(false) || (window_ && window_->disconnected())) close();
+            }
             reap();
-            return 1;
-        case vst2::effEditClose:
-            close();
             return 1;
         default:
             return 0;

@@ -1,10 +1,14 @@
 // The plug-in's editor as the host drives it: the size it reports, the window it opens in
 // the host's parent window, the host's idle calls, and the close, which may come while a
 // menu or dialog of ours is still open. One per instance; the instance answers the host's
-// editor calls through it.
+// editor calls through it. A careless host may close from another thread while the
+// editor's thread is inside one of our calls: the close waits for that call to end (a
+// modal loop under way ends at once) and happens on the editor's thread where it can.
 #pragma once
 
+#include <atomic>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -32,6 +36,9 @@ public:
 private:
     bool open(void* parent);
     void close();
+    // Takes the editor's lock, asking a modal loop on another thread to end first.
+    // False when that thread does not let go in time: the caller then leaves all alone.
+    bool lockForClose(std::unique_lock<std::recursive_timed_mutex>& lock);
     // Destroys the windows that were closed while busy, once they no longer are.
     void reap();
 
@@ -48,6 +55,10 @@ private:
     std::unique_ptr<EditorWindow> window_;
     // Closed by the host from inside one of their own calls; destroyed when it returns.
     std::vector<Open> closing_;
+    // Held through every editor call, so that no two threads are in the window at once.
+    std::recursive_timed_mutex lock_;
+    // A close asked for from another thread while a call of ours was under way.
+    std::atomic<bool> closeWanted_{false};
 };
 
 }  // namespace tw
