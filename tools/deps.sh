@@ -11,5 +11,5 @@ $SUDO apt-get install -y -qq --no-install-recommends \
   zlib1g-dev libpng-dev libx11-dev libxext-dev libsndfile1-dev libcurl4-openssl-dev \
   libfreetype-dev fonts-dejavu-core \
   libgtest-dev libgmock-dev libbenchmark-dev libcairo2-dev \
-  xvfb xauth xdotool imagemagick lsp-plugins-vst \
+  xvfb xauth xdotool openbox imagemagick lsp-plugins-vst \
   >/dev/null

@@ -4,7 +4,10 @@
 #include <poll.h>
 #include <time.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
+#include <thread>
 
 namespace tw {
 
@@ -91,9 +94,19 @@ void EditorHost::pass() {
         XNextEvent(display_, &event);
         if (event.type == ClientMessage && Atom(event.xclient.data.l[0]) == deleteWindow_) closed_ = true;
         if (event.type == DestroyNotify && event.xdestroywindow.window == parent_) closed_ = true;
-        if (eventProc_) eventProc_(&event);
+        if (eventProc_) {
+            callStarted_.store(nowMs());
+            inEditorCall_.store(true);
+            eventProc_(&event);
+            inEditorCall_.store(false);
+        }
     }
-    if (++passes_ % std::uint64_t(idleEvery) == 0) plugin_.dispatch(vst2::effEditIdle);
+    if (++passes_ % std::uint64_t(idleEvery) == 0) {
+        callStarted_.store(nowMs());
+        inEditorCall_.store(true);
+        plugin_.dispatch(vst2::effEditIdle);
+        inEditorCall_.store(false);
+    }
     const int sleepMs = settings_.ardour ? 1 : 1000 / (settings_.idleRate > 0 ? settings_.idleRate : 30);
     pollfd p{ConnectionNumber(display_), POLLIN, 0};
     // Ardour sleeps whatever arrives; a plain host wakes for its own events.
@@ -104,8 +117,33 @@ void EditorHost::pass() {
 }
 
 void EditorHost::run(double seconds) {
-    const double end = nowMs() + seconds * 1e3;
+    const double end = seconds > 0 ? nowMs() + seconds * 1e3 : 0;
+    std::atomic<bool> running{true};
+    std::thread watcher([&] { watch(end, running); });
     while (!closed() && (seconds <= 0 || nowMs() < end)) pass();
+    running.store(false);
+    watcher.join();
+}
+
+void EditorHost::watch(double end, const std::atomic<bool>& running) {
+    const auto due = [&] { return (end > 0 && nowMs() >= end) || (settings_.stop != nullptr && *settings_.stop != 0); };
+    // A call that is merely under way when the time comes is left to end by itself.
+    const auto held = [&] { return inEditorCall_.load() && nowMs() - callStarted_.load() > 200; };
+    while (running.load() && !(due() && held())) poll(nullptr, 0, 20);
+    if (!running.load()) return;
+    // The editor holds our loop past its end: hiding its window ends a menu or the like.
+    Display* d = XOpenDisplay(nullptr);
+    if (d) {
+        XUnmapWindow(d, parent_);
+        XFlush(d);
+    }
+    const double giveUp = nowMs() + 5000;
+    while (running.load() && nowMs() < giveUp) poll(nullptr, 0, 20);
+    if (running.load()) {
+        std::fprintf(stderr, "vst2host: the editor does not let go of the host's loop; ending\n");
+        std::_Exit(3);
+    }
+    if (d) XCloseDisplay(d);
 }
 
 bool EditorHost::showsBackgroundOnly() {

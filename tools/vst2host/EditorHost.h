@@ -6,6 +6,7 @@
 
 #include <X11/Xlib.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstdint>
 #include <string>
@@ -35,7 +36,10 @@ public:
 
     int width() const { return width_; }
     int height() const { return height_; }
-    // Runs the host's loop for `seconds`, or until the window is closed when 0.
+    // Runs the host's loop for `seconds`, or until the window is closed when 0. An editor
+    // that holds the loop inside one of its calls past the end (a menu left open) is made
+    // to let go as a desktop would: the window is hidden; one that still holds on after
+    // that ends the process.
     void run(double seconds);
     // Whether the user closed the host's window, or the stop flag turned.
     bool closed() const { return closed_ || (settings_.stop != nullptr && *settings_.stop != 0); }
@@ -47,6 +51,8 @@ public:
 
 private:
     void pass();
+    // On a thread of its own, with a connection of its own, while run() goes on.
+    void watch(double end, const std::atomic<bool>& running);
     bool showsBackgroundOnly();
 
     HostedPlugin& plugin_;
@@ -59,6 +65,8 @@ private:
     std::uint64_t passes_ = 0;
     double openedAt_ = 0;
     void (*eventProc_)(XEvent*) = nullptr;
+    std::atomic<bool> inEditorCall_{false};
+    std::atomic<double> callStarted_{0};  // nowMs() when the editor call under way began
 };
 
 }  // namespace tw
