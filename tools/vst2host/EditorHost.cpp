@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
-#include <thread>
 
 namespace tw {
 
@@ -82,6 +81,8 @@ EditorHost::EditorHost(HostedPlugin& plugin, const Settings& settings) : plugin_
 }
 
 EditorHost::~EditorHost() {
+    watching_.store(false);
+    if (watcher_.joinable()) watcher_.join();
     plugin_.dispatch(vst2::effEditClose);
     XDestroyWindow(display_, parent_);
     XCloseDisplay(display_);
@@ -117,15 +118,19 @@ void EditorHost::pass() {
 }
 
 void EditorHost::run(double seconds) {
-    const double end = seconds > 0 ? nowMs() + seconds * 1e3 : 0;
-    std::atomic<bool> running{true};
-    std::thread watcher([&] { watch(end, running); });
+    const double end = nowMs() + seconds * 1e3;
     while (!closed() && (seconds <= 0 || nowMs() < end)) pass();
-    running.store(false);
-    watcher.join();
 }
 
-void EditorHost::watch(double end, const std::atomic<bool>& running) {
+void EditorHost::endBy(double seconds) {
+    if (watcher_.joinable()) return;
+    const double end = seconds > 0 ? nowMs() + seconds * 1e3 : 0;
+    watching_.store(true);
+    watcher_ = std::thread([this, end] { watch(end); });
+}
+
+void EditorHost::watch(double end) {
+    const std::atomic<bool>& running = watching_;
     const auto due = [&] { return (end > 0 && nowMs() >= end) || (settings_.stop != nullptr && *settings_.stop != 0); };
     // A call that is merely under way when the time comes is left to end by itself.
     const auto held = [&] { return inEditorCall_.load() && nowMs() - callStarted_.load() > 200; };
@@ -138,8 +143,8 @@ void EditorHost::watch(double end, const std::atomic<bool>& running) {
         XFlush(d);
     }
     const double giveUp = nowMs() + 5000;
-    while (running.load() && nowMs() < giveUp) poll(nullptr, 0, 20);
-    if (running.load()) {
+    while (running.load() && held() && nowMs() < giveUp) poll(nullptr, 0, 20);
+    if (running.load() && held()) {
         std::fprintf(stderr, "vst2host: the editor does not let go of the host's loop; ending\n");
         std::_Exit(3);
     }
