@@ -295,57 +295,87 @@ vst2::intptr call(vst2::AEffect* e, vst2::int32 opcode, void* ptr = nullptr) {
 // The menu button of the main layout, in the editor's pixels.
 constexpr int menuButtonX = 501, menuButtonY = 20;
 
-TEST(CarelessHost, ClosingFromAnotherThreadWhileAMenuIsOpenEndsTheMenuFirst) {
+// Whether a window of ours that the window manager would manage (a dialog) is shown.
+bool dialogShown() {
+    Display* d = test::openDisplay();
+    ::Window rootOut = 0, up = 0, *children = nullptr;
+    unsigned count = 0;
+    bool shown = false;
+    XQueryTree(d, DefaultRootWindow(d), &rootOut, &up, &children, &count);
+    for (unsigned i = 0; i < count; ++i) {
+        XWindowAttributes wa;
+        if (XGetWindowAttributes(d, children[i], &wa) && wa.map_state == IsViewable && !wa.override_redirect)
+            shown = true;
+    }
+    if (children) XFree(children);
+    XCloseDisplay(d);
+    return shown;
+}
+
+// The user opens the main menu, and for the second case chooses "Open..." from it: the
+// host's idle call runs the menu's loop, then the file dialog's. Another thread of the
+// host closes the editor and the instance meanwhile.
+TEST(CarelessHost, ClosingFromAnotherThreadWhileAMenuOrTheFileDialogIsOpenEndsItFirst) {
     if (!test::haveDisplay()) GTEST_SKIP() << test::noDisplayMessage;
-    const int code = test::runInChild([] {
-        ::alarm(60);
-        Display* d = test::openDisplay();
-        const ::Window parent = hostParent(d);
-        vst2::AEffect* effect = VSTPluginMain(&quietHost);
-        call(effect, vst2::effEditOpen, reinterpret_cast<void*>(parent));
-        for (int i = 0; i < 20; ++i) {
-            call(effect, vst2::effEditIdle);
-            usleep(5000);
-        }
-        // The user opens the main menu: the host's next idle call runs it.
-        std::atomic<bool> closing{false}, inIdle{false}, menuHeld{false};
-        std::atomic<long> idleSince{0};
-        const auto now = [] {
-            return long(std::chrono::duration_cast<std::chrono::milliseconds>(
-                            std::chrono::steady_clock::now().time_since_epoch())
-                            .count());
-        };
-        std::thread careless([&] {
-            // Once an idle call has been held a while, the menu is up: close from here.
-            for (int i = 0; i < 1000 && !menuHeld.load(); ++i) {
-                menuHeld.store(inIdle.load() && now() - idleSince.load() > 300);
+    for (const bool fileDialog : {false, true}) {
+        const int code = test::runInChild([fileDialog] {
+            ::alarm(60);
+            Display* d = test::openDisplay();
+            const ::Window parent = hostParent(d);
+            vst2::AEffect* effect = VSTPluginMain(&quietHost);
+            call(effect, vst2::effEditOpen, reinterpret_cast<void*>(parent));
+            for (int i = 0; i < 20; ++i) {
+                call(effect, vst2::effEditIdle);
                 usleep(5000);
             }
-            closing.store(true);
-            call(effect, vst2::effEditClose);
-            call(effect, vst2::effClose);
+            std::atomic<bool> closing{false}, inIdle{false}, held{false}, dialog{false};
+            std::atomic<long> idleSince{0};
+            const auto now = [] {
+                return long(std::chrono::duration_cast<std::chrono::milliseconds>(
+                                std::chrono::steady_clock::now().time_since_epoch())
+                                .count());
+            };
+            std::thread careless([&] {
+                // Once an idle call has been held a while, the menu is up.
+                for (int i = 0; i < 1000 && !held.load(); ++i) {
+                    held.store(inIdle.load() && now() - idleSince.load() > 300);
+                    usleep(5000);
+                }
+                if (held.load() && fileDialog) {
+                    std::system("xdotool mousemove 515 199 click 1 >/dev/null 2>&1");
+                    for (int i = 0; i < 100 && !dialog.load(); ++i) {
+                        usleep(20000);
+                        dialog.store(dialogShown());
+                    }
+                }
+                closing.store(true);
+                call(effect, vst2::effEditClose);
+                call(effect, vst2::effClose);
+            });
+            std::system(("xdotool mousemove " + std::to_string(menuButtonX) + " " + std::to_string(menuButtonY) +
+                         " click 1 >/dev/null 2>&1")
+                            .c_str());
+            for (int i = 0; i < 2000 && !closing.load(); ++i) {
+                idleSince.store(now());
+                inIdle.store(true);
+                call(effect, vst2::effEditIdle);
+                inIdle.store(false);
+                usleep(2000);
+            }
+            careless.join();
+            // The editor's window went with the close.
+            ::Window rootOut = 0, up = 0, *children = nullptr;
+            unsigned count = 0;
+            XQueryTree(d, parent, &rootOut, &up, &children, &count);
+            if (children) XFree(children);
+            XDestroyWindow(d, parent);
+            XCloseDisplay(d);
+            if (!held.load() || (fileDialog && !dialog.load())) return 5;
+            return count == 0 && !dialogShown() ? 0 : 2;
         });
-        std::system(("xdotool mousemove " + std::to_string(menuButtonX) + " " + std::to_string(menuButtonY) +
-                     " click 1 >/dev/null 2>&1")
-                        .c_str());
-        for (int i = 0; i < 2000 && !closing.load(); ++i) {
-            idleSince.store(now());
-            inIdle.store(true);
-            call(effect, vst2::effEditIdle);
-            inIdle.store(false);
-            usleep(2000);
-        }
-        careless.join();
-        // The editor's window went with the close.
-        ::Window rootOut = 0, up = 0, *children = nullptr;
-        unsigned count = 0;
-        XQueryTree(d, parent, &rootOut, &up, &children, &count);
-        if (children) XFree(children);
-        XDestroyWindow(d, parent);
-        XCloseDisplay(d);
-        return !menuHeld.load() ? 5 : count == 0 ? 0 : 2;
-    });
-    EXPECT_EQ(code, 0) << "5: the menu never opened; 2: the editor's window stayed; 128 + the signal when it crashed";
+        EXPECT_EQ(code, 0) << (fileDialog ? "file dialog" : "menu")
+                           << ": 5: it never opened; 2: a window of the editor stayed; 128 + the signal when it crashed";
+    }
 }
 
 TEST(CarelessHost, TheXServerGoingAwayEndsTheEditorNotTheHost) {
