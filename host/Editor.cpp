@@ -47,6 +47,10 @@ Editor::~Editor() {
         }
         return;
     }
+    {
+        std::lock_guard<std::mutex> guard(stoppableLock_);
+        stoppable_ = nullptr;
+    }
     // The host ends the instance without closing the editor, or while a call of ours is
     // still under way: the windows go now all the same.
     Open{std::move(controller_), std::move(window_)}.end();
@@ -65,7 +69,10 @@ bool Editor::lockForClose(std::unique_lock<std::recursive_timed_mutex>& lock) {
     // Another thread is inside: a modal loop of ours there ends at its next turn, and
     // that thread carries out the close before it lets go.
     closeWanted_.store(true);
-    if (EditorWindow* w = window_.get()) w->requestStop();
+    {
+        std::lock_guard<std::mutex> guard(stoppableLock_);
+        if (stoppable_ != nullptr) stoppable_->requestStop();
+    }
     return lock.try_lock_for(std::chrono::seconds(5));
 }
 
@@ -109,6 +116,8 @@ bool Editor::open(void* parent) {
     window_ = EditorWindow::open(controller->client(), reinterpret_cast<std::uintptr_t>(parent), width, height);
     controller_ = std::move(controller);
     controller_->open(window_.get());
+    std::lock_guard<std::mutex> guard(stoppableLock_);
+    stoppable_ = window_.get();
     return true;
 }
 
@@ -119,6 +128,10 @@ void Editor::close() {
     } catch (const std::exception&) {
         // The startup bank is a convenience: a store that can't be written loses the
         // session's changes for the next start, and nothing else.
+    }
+    {
+        std::lock_guard<std::mutex> guard(stoppableLock_);
+        stoppable_ = nullptr;
     }
     Open closed{std::move(controller_), std::move(window_)};
     if (closed.window && closed.window->busy()) {

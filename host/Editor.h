@@ -59,6 +59,10 @@ private:
     std::recursive_timed_mutex lock_;
     // A close asked for from another thread while a call of ours was under way.
     std::atomic<bool> closeWanted_{false};
+    // The open window, for another thread to ask its loop to stop; cleared under the
+    // lock before the window goes.
+    std::mutex stoppableLock_;
+    EditorWindow* stoppable_ = nullptr;
 };
 
 }  // namespace tw
