@@ -1,5 +1,8 @@
 #include "host/Editor.h"
 
+#include <chrono>
+#include <thread>
+
 #include "cushy/StringTable.h"
 #include "graphics/ResourceManager.h"
 #include "model/ModelFactory.h"
@@ -36,7 +39,7 @@ Editor::Editor(ModelServices& services) : services_(services) {
 }
 
 Editor::~Editor() {
-    std::unique_lock<std::recursive_timed_mutex> lock(lock_, std::defer_lock);
+    std::unique_lock<std::recursive_mutex> lock(lock_, std::defer_lock);
     if (!lockForClose(lock)) {
         // The editor's thread is stuck inside a call of ours: what it uses must stay.
         (void)controller_.release();
@@ -64,7 +67,7 @@ void Editor::Open::end() {
     controller.reset();
 }
 
-bool Editor::lockForClose(std::unique_lock<std::recursive_timed_mutex>& lock) {
+bool Editor::lockForClose(std::unique_lock<std::recursive_mutex>& lock) {
     if (lock.try_lock()) return true;
     // Another thread is inside: a modal loop of ours there ends at its next turn, and
     // that thread carries out the close before it lets go.
@@ -73,11 +76,17 @@ bool Editor::lockForClose(std::unique_lock<std::recursive_timed_mutex>& lock) {
         std::lock_guard<std::mutex> guard(stoppableLock_);
         if (stoppable_ != nullptr) stoppable_->requestStop();
     }
-    return lock.try_lock_for(std::chrono::seconds(5));
+    // Polled rather than a timed lock, whose clock-based wait the thread sanitizer cannot
+    // follow: a modal loop turns at least every 50 ms.
+    for (int waited = 0; waited < 5000; waited += 2) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        if (lock.try_lock()) return true;
+    }
+    return false;
 }
 
 vst2::intptr Editor::dispatch(vst2::int32 opcode, vst2::intptr, void* ptr) {
-    std::unique_lock<std::recursive_timed_mutex> lock(lock_, std::defer_lock);
+    std::unique_lock<std::recursive_mutex> lock(lock_, std::defer_lock);
     if (opcode == vst2::effEditClose) {
         if (!lockForClose(lock)) return 0;
         close();

@@ -38,7 +38,7 @@ private:
     void close();
     // Takes the editor's lock, asking a modal loop on another thread to end first.
     // False when that thread does not let go in time: the caller then leaves all alone.
-    bool lockForClose(std::unique_lock<std::recursive_timed_mutex>& lock);
+    bool lockForClose(std::unique_lock<std::recursive_mutex>& lock);
     // Destroys the windows that were closed while busy, once they no longer are.
     void reap();
 
@@ -56,7 +56,7 @@ private:
     // Closed by the host from inside one of their own calls; destroyed when it returns.
     std::vector<Open> closing_;
     // Held through every editor call, so that no two threads are in the window at once.
-    std::recursive_timed_mutex lock_;
+    std::recursive_mutex lock_;
     // A close asked for from another thread while a call of ours was under way.
     std::atomic<bool> closeWanted_{false};
     // The open window, for another thread to ask its loop to stop; cleared under the

