@@ -118,6 +118,8 @@ vst2::intptr Editor::dispatch(vst2::int32 opcode, vst2::intptr, void* ptr) {
 
 bool Editor::open(void* parent) {
     close();
+    // A request from another thread that a close of its own has since carried out.
+    closeWanted_.store(false);
     const ModelFactory& factory = services_.getFactory();
     SharedResources& shared = sharedResources(factory.getDescriptor().modelName);
     const std::int32_t width = rect_.right - rect_.left, height = rect_.bottom - rect_.top;
