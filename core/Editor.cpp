@@ -1,5 +1,8 @@
 #include "core/Editor.h"
 
+#include <chrono>
+#include <thread>
+
 #include "cushy/StringTable.h"
 #include "graphics/ResourceManager.h"
 #include "patch/ModelFactory.h"
@@ -31,6 +34,21 @@ Editor::Editor(ModelServices& services, const EditorFactory& factory)
     : services_(services), factory_(factory), size_(factory.getEditorSize()) {}
 
 Editor::~Editor() {
+    std::unique_lock<std::recursive_mutex> lock(lock_, std::defer_lock);
+    if (!lockForClose(lock)) {
+        // The editor's thread is stuck inside a call of ours: what it uses must stay.
+        (void)controller_.release();
+        (void)window_.release();
+        for (Open& open : closing_) {
+            (void)open.controller.release();
+            (void)open.window.release();
+        }
+        return;
+    }
+    {
+        std::lock_guard<std::mutex> guard(stoppableLock_);
+        stoppable_ = nullptr;
+    }
     // The host ends the instance without closing the editor, or while a call of ours is
     // still under way: the windows go now all the same.
     Open{std::move(controller_), std::move(window_)}.end();
@@ -44,28 +62,71 @@ void Editor::Open::end() {
     controller.reset();
 }
 
+bool Editor::lockForClose(std::unique_lock<std::recursive_mutex>& lock) {
+    if (lock.try_lock()) return true;
+    // Another thread is inside: a modal loop of ours there ends at its next turn, and
+    // that thread carries out the close before it lets go.
+    closeWanted_.store(true);
+    {
+        std::lock_guard<std::mutex> guard(stoppableLock_);
+        if (stoppable_ != nullptr) stoppable_->requestStop();
+    }
+    // Polled rather than a timed lock, whose clock-based wait the thread sanitizer cannot
+    // follow: a modal loop turns at least every 50 ms.
+    for (int waited = 0; waited < 5000; waited += 2) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        if (lock.try_lock()) return true;
+    }
+    return false;
+}
+
 void Editor::idle() {
-    if (window_) window_->idle();
+    std::lock_guard<std::recursive_mutex> lock(lock_);
+    if (window_) {
+        try {
+            window_->idle();
+        } catch (...) {
+            // A loop ended by a close from elsewhere unwinds to here.
+        }
+        // Our server went away: nothing of the editor can be shown any more.
+        if (closeWanted_.exchange(false) || (window_ && window_->disconnected())) closeNow();
+    }
     reap();
 }
 
+bool Editor::close() {
+    std::unique_lock<std::recursive_mutex> lock(lock_, std::defer_lock);
+    if (!lockForClose(lock)) return false;
+    closeNow();
+    return true;
+}
+
 bool Editor::open(std::uintptr_t parent) {
-    close();
+    std::lock_guard<std::recursive_mutex> lock(lock_);
+    closeNow();
+    // A request from another thread that a close of its own has since carried out.
+    closeWanted_.store(false);
     SharedResources& shared = sharedResources(services_.getFactory().getDescriptor().modelName);
     auto controller = factory_.createController(services_, shared.resources, shared.strings);
     window_ = EditorWindow::open(controller->client(), parent, size_.width, size_.height);
     controller_ = std::move(controller);
     controller_->open(window_.get());
+    std::lock_guard<std::mutex> guard(stoppableLock_);
+    stoppable_ = window_.get();
     return true;
 }
 
-void Editor::close() {
+void Editor::closeNow() {
     if (!controller_) return;
     try {
         controller_->saveChanges();
     } catch (const std::exception&) {
         // The startup bank is a convenience: a store that can't be written loses the
         // session's changes for the next start, and nothing else.
+    }
+    {
+        std::lock_guard<std::mutex> guard(stoppableLock_);
+        stoppable_ = nullptr;
     }
     Open closed{std::move(controller_), std::move(window_)};
     if (closed.window && closed.window->busy()) {

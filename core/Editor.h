@@ -1,16 +1,22 @@
 // The plug-in's editor as a host drives it, whatever the format: the size it reports, the
 // window it opens in the host's parent window, the host's idle calls, and the close, which
 // may come while a menu or dialog of ours is still open. One per instance; every method is
-// for the host's main (GUI) thread.
+// for the host's main (GUI) thread, except that a careless host may close from another
+// thread while the editor's thread is inside one of our calls: the close then waits for
+// that call to end (a modal loop under way ends at once) and happens on the editor's
+// thread where it can.
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
-#include "graphics/IntRect.h"
 #include "editor/EditorFactory.h"
 #include "editor/ModelController.h"
+#include "graphics/IntRect.h"
 #include "patch/ModelServices.h"
 #include "platform/EditorWindow.h"
 
@@ -27,11 +33,13 @@ public:
     IntRect size() const { return size_; }
     // Opens the editor as a child of the host's X window `parent`, closing one already open.
     bool open(std::uintptr_t parent);
-    // Runs what is due: timers, the window's events, windows closed while busy.
+    // Runs what is due: timers, the window's events, windows closed while busy, and a
+    // close that another thread asked for or that the loss of our X server forces.
     void idle();
     // Keeps the user's changes for the next start, then ends the windows (later, when a
-    // call of ours is still under way).
-    void close();
+    // call of ours is still under way). False when it came from another thread and the
+    // editor's thread did not let go in time: then nothing changed.
+    bool close();
 
     bool isOpen() const { return window_ != nullptr; }
     // The open editor's X window id; 0 when closed.
@@ -39,7 +47,12 @@ public:
     EditorWindow* window() { return window_.get(); }
     ModelController* controller() { return controller_.get(); }
 
-private:    // Destroys the windows that were closed while busy, once they no longer are.
+private:
+    void closeNow();
+    // Takes the editor's lock, asking a modal loop on another thread to end first.
+    // False when that thread does not let go in time: the caller then leaves all alone.
+    bool lockForClose(std::unique_lock<std::recursive_mutex>& lock);
+    // Destroys the windows that were closed while busy, once they no longer are.
     void reap();
 
     struct Open {
@@ -56,6 +69,14 @@ private:    // Destroys the windows that were closed while busy, once they no lo
     std::unique_ptr<EditorWindow> window_;
     // Closed by the host from inside one of their own calls; destroyed when it returns.
     std::vector<Open> closing_;
+    // Held through every editor call, so that no two threads are in the window at once.
+    std::recursive_mutex lock_;
+    // A close asked for from another thread while a call of ours was under way.
+    std::atomic<bool> closeWanted_{false};
+    // The open window, for another thread to ask its loop to stop; cleared under the
+    // lock before the window goes.
+    std::mutex stoppableLock_;
+    EditorWindow* stoppable_ = nullptr;
 };
 
 }  // namespace tw

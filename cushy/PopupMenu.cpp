@@ -11,6 +11,9 @@ constexpr std::int32_t separatorHeight = 7;
 constexpr std::int32_t checkColumn = 20;
 constexpr std::int32_t rightMargin = 16;
 constexpr std::int32_t border = 3;
+// The strips with the arrows of a menu that scrolls, and their pace under the pointer.
+constexpr std::int32_t arrowHeight = 14;
+constexpr std::uint32_t arrowRepeatMs = 40;
 
 char lowerAscii(char32_t c) { return c < 128 ? char(c >= 'A' && c <= 'Z' ? c + 32 : c) : '\0'; }
 
@@ -40,14 +43,47 @@ PopupMenu::PopupMenu(HelperFonts fonts, std::vector<MenuItem> items) : fonts_(st
     }
     width_ = checkColumn + widest + rightMargin;
     height_ = y + border;
+    shownHeight_ = height_;
+}
+
+void PopupMenu::fitHeight(std::int32_t available) {
+    offset_ = 0;
+    shownHeight_ = height_ <= available ? height_ : std::max(available, 2 * arrowHeight + 2 * border + itemHeight);
+}
+
+std::int32_t PopupMenu::listTop() const { return scrolls() ? arrowHeight : 0; }
+
+std::int32_t PopupMenu::listBottom() const { return scrolls() ? shownHeight_ - arrowHeight : shownHeight_; }
+
+int PopupMenu::arrowAt(std::int32_t y) const {
+    if (!scrolls()) return 0;
+    return y < listTop() ? -1 : y >= listBottom() ? 1 : 0;
 }
 
 IntRect PopupMenu::itemRect(std::size_t index) const {
     const MenuItem& item = items_[index];
-    return {border, tops_[index], width_ - 2 * border, item.separator ? separatorHeight : itemHeight};
+    return {border, tops_[index] - offset_ + listTop(), width_ - 2 * border, item.separator ? separatorHeight : itemHeight};
+}
+
+void PopupMenu::scrollBy(std::int32_t pixels) {
+    const std::int32_t most = std::max(0, height_ - (listBottom() - listTop()));
+    const std::int32_t next = std::clamp(offset_ + pixels, 0, most);
+    if (next == offset_) return;
+    offset_ = next;
+    repaint();
+}
+
+void PopupMenu::showItem(std::int32_t index) {
+    if (!scrolls() || index < 0) return;
+    const IntRect r = itemRect(std::size_t(index));
+    if (r.top < listTop())
+        scrollBy(r.top - listTop() - (index == 0 ? border : 0));
+    else if (r.bottom() > listBottom())
+        scrollBy(std::int32_t(r.bottom() - listBottom()) + (std::size_t(index) + 1 == items_.size() ? border : 0));
 }
 
 std::int32_t PopupMenu::itemAt(std::int32_t x, std::int32_t y) const {
+    if (arrowAt(y) != 0) return -1;
     for (std::size_t i = 0; i < items_.size(); ++i) {
         const IntRect r = itemRect(i);
         if (!items_[i].separator && x >= r.left && x < r.right() && y >= r.top && y < r.bottom()) return std::int32_t(i);
@@ -56,26 +92,53 @@ std::int32_t PopupMenu::itemAt(std::int32_t x, std::int32_t y) const {
 }
 
 std::int32_t PopupMenu::track(Window& window, std::int32_t x, std::int32_t y) {
-    const std::unique_ptr<Window> popup = window.openPopup(*this, x, y, width_, height_);
+    std::int32_t areaLeft, areaTop, areaWidth, areaHeight;
+    window.workArea(areaLeft, areaTop, areaWidth, areaHeight);
+    fitHeight(areaHeight);
+    const std::unique_ptr<Window> popup = window.openPopup(*this, x, y, width_, shownHeight_);
     popup_ = popup.get();
+    timers_ = &window.timers();
+    popup->holdInput();
     try {
         window.runModal([&] { return closed_; });
     } catch (...) {
+        timers_->cancel(this);
         popup_ = nullptr;
         throw;
     }
+    timers_->cancel(this);
     popup_ = nullptr;
     return choice_;
 }
 
 void PopupMenu::paint(const PixelTile& tile) {
-    Raster32 canvas(tile.pixels, tile.stride, IntRect{tile.left, tile.top, tile.width, tile.height});
-    look::drawPanel(canvas, IntRect{0, 0, width_, height_});
+    const IntRect tileRect{tile.left, tile.top, tile.width, tile.height};
+    Raster32 whole(tile.pixels, tile.stride, tileRect);
+    look::drawPanel(whole, IntRect{0, 0, width_, shownHeight_});
+    if (scrolls()) {
+        // Each arrow a small triangle of rows, greyed at its end of the list.
+        const std::int32_t most = std::max(0, height_ - (listBottom() - listTop()));
+        for (int side : {-1, 1}) {
+            const bool live = side < 0 ? offset_ > 0 : offset_ < most;
+            const std::uint32_t colour = live ? look::text : look::dimText;
+            const std::int32_t middle = side < 0 ? arrowHeight / 2 : shownHeight_ - arrowHeight / 2;
+            for (std::int32_t row = 0; row < 4; ++row) {
+                const std::int32_t y = side < 0 ? middle - 2 + row : middle + 1 - row;
+                look::fillRect(whole, {width_ / 2 - row, y, 2 * row + 1, 1}, colour);
+            }
+        }
+    }
+    // The items are clipped to the band between the arrows.
+    const IntRect band = intersectionOf(tileRect, IntRect{0, listTop(), width_, listBottom() - listTop()});
+    if (band.isEmpty()) return;
+    Raster32 canvas(tile.pixels + std::ptrdiff_t(band.top - tile.top) * tile.stride + (band.left - tile.left), tile.stride,
+                    band);
     std::int32_t fontHeight, ascent;
     fonts_.regular->getMetrics(fontHeight, ascent);
     for (std::size_t i = 0; i < items_.size(); ++i) {
         const MenuItem& item = items_[i];
         const IntRect r = itemRect(i);
+        if (r.bottom() <= band.top || r.top >= band.bottom()) continue;
         if (item.separator) {
             look::fillRect(canvas, {r.left + 4, r.top + separatorHeight / 2, r.width - 8, 1}, look::panelEdge);
             continue;
@@ -107,10 +170,37 @@ void PopupMenu::paint(const PixelTile& tile) {
 }
 
 void PopupMenu::repaint() {
-    if (popup_ != nullptr) popup_->invalidate(0, 0, width_, height_);
+    if (popup_ != nullptr) popup_->invalidate(0, 0, width_, shownHeight_);
+}
+
+void PopupMenu::timerFired(TimerQueue& queue, std::uint32_t due, std::uint32_t, int) {
+    if (hoveredArrow_ == 0) return;
+    scrollBy(hoveredArrow_ * itemHeight);
+    queue.schedule(this, 0, due + arrowRepeatMs);
+}
+
+void PopupMenu::mouseWheel(const MouseEvent& event) {
+    scrollBy(-event.wheel * 3 * itemHeight);
+    mouseMove(event);
+}
+
+void PopupMenu::mouseLeave(std::uint32_t) {
+    hoveredArrow_ = 0;
+    if (timers_ != nullptr) timers_->cancel(this);
 }
 
 void PopupMenu::mouseMove(const MouseEvent& event) {
+    // Resting on an arrow scrolls an item at a time, as long as the pointer stays.
+    const bool inside = event.x >= 0 && event.x < width_ && event.y >= 0 && event.y < shownHeight_;
+    const int arrow = inside ? arrowAt(event.y) : 0;
+    if (arrow != hoveredArrow_) {
+        hoveredArrow_ = arrow;
+        if (timers_ != nullptr) timers_->cancel(this);
+        if (arrow != 0) {
+            scrollBy(arrow * itemHeight);
+            if (timers_ != nullptr) timers_->add(this, 0, arrowRepeatMs);
+        }
+    }
     const std::int32_t index = itemAt(event.x, event.y);
     if (index != highlight_) {
         highlight_ = index;
@@ -137,6 +227,23 @@ bool PopupMenu::keyDown(const KeyEvent& event) {
         case Key::down: step(1); return true;
         case Key::home: highlight_ = -1; step(1); return true;
         case Key::end: highlight_ = std::int32_t(items_.size()); step(-1); return true;
+        case Key::pageUp:
+        case Key::pageDown: {
+            // A screenful of items at a time; at least one.
+            const std::int32_t page = std::max<std::int32_t>(1, (listBottom() - listTop()) / itemHeight - 1);
+            const int direction = event.key == Key::pageUp ? -1 : 1;
+            for (std::int32_t k = 0; k < page; ++k) {
+                const std::int32_t before = highlight_;
+                step(direction);
+                if ((direction < 0 && highlight_ > before && before >= 0) || (direction > 0 && highlight_ < before)) {
+                    highlight_ = before;  // no wrapping round by the page
+                    break;
+                }
+            }
+            showItem(highlight_);
+            repaint();
+            return true;
+        }
         case Key::enter:
             if (highlight_ >= 0 && items_[std::size_t(highlight_)].enabled) choose(highlight_);
             return true;
@@ -158,6 +265,7 @@ bool PopupMenu::keyDown(const KeyEvent& event) {
             } else if (!matches.empty()) {
                 const auto next = std::upper_bound(matches.begin(), matches.end(), highlight_);
                 highlight_ = next == matches.end() ? matches[0] : *next;
+                showItem(highlight_);
             }
             repaint();
             return true;
@@ -179,6 +287,7 @@ void PopupMenu::step(int direction) {
             break;
         }
     }
+    showItem(highlight_);
     repaint();
 }
 

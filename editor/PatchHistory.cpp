@@ -141,8 +141,14 @@ void ModelController::randomizePatch() {
 
 
 bool ModelController::clipboardHoldsPatch() {
-    const std::string text = readClipboardText();
-    return !text.empty() && factory_.isPatchText(text);
+    // Asked while a menu opens, on the host's thread: a slow or hung clipboard owner may
+    // hold it a frame at most. Paste is offered when the answer is late, and says so
+    // itself when it finds no patch.
+    constexpr int lookLimitMs = 15;
+    std::string text;
+    const ClipboardContent content = peekClipboardText(text, lookLimitMs);
+    if (content == ClipboardContent::unknown) return true;
+    return content == ClipboardContent::text && !text.empty() && factory_.isPatchText(text);
 }
 
 }  // namespace tw

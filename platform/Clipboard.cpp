@@ -28,6 +28,19 @@ std::string readClipboardText() {
     return localText;
 }
 
+ClipboardContent peekClipboardText(std::string& text, int timeLimitMs) {
+    if (X11Connection* c = newestConnection()) {
+        switch (c->clipboard().peek(timeLimitMs, text)) {
+            case X11Clipboard::Peek::none: return ClipboardContent::none;
+            case X11Clipboard::Peek::text: return ClipboardContent::text;
+            case X11Clipboard::Peek::unknown: return ClipboardContent::unknown;
+        }
+    }
+    std::lock_guard<std::mutex> guard(localLock);
+    text = localText;
+    return text.empty() ? ClipboardContent::none : ClipboardContent::text;
+}
+
 void writeClipboardText(std::string_view text, bool) {
     if (X11Connection* c = newestConnection()) {
         c->clipboard().write(text);

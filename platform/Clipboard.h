@@ -14,4 +14,9 @@ std::string readClipboardText();
 // is there for the callers, which say what they mean.
 void writeClipboardText(std::string_view text, bool toPlatformLineEnds);
 
+// What the clipboard holds, found without holding the caller more than `timeLimitMs`:
+// for deciding whether to offer Paste. `text` is filled when the answer is `text`.
+enum class ClipboardContent { none, text, unknown };
+ClipboardContent peekClipboardText(std::string& text, int timeLimitMs);
+
 }  // namespace tw

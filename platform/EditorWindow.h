@@ -29,6 +29,11 @@ public:
     // with LostWindowException, and the object waits until it is no longer busy to be
     // destroyed.
     virtual void abandon() = 0;
+    // Callable from any thread: a modal loop of ours under way ends soon after with
+    // LostWindowException, so that the caller's own thread can carry out a close.
+    virtual void requestStop() = 0;
+    // Whether the connection to the X server broke: the editor can only be closed now.
+    virtual bool disconnected() const = 0;
     // Paint passes that reached the screen, for tests and measurements.
     virtual std::uint64_t framesShown() const = 0;
     // The window system's id of the window, for hosts that embed it themselves (an LV2

@@ -127,6 +127,16 @@ public:
                                               std::int32_t width, std::int32_t height) = 0;
     virtual std::unique_ptr<Window> openDialog(WindowClient& client, const std::string& title, std::int32_t x,
                                                std::int32_t y, std::int32_t width, std::int32_t height) = 0;
+    // For a popup the user works in (a menu): it takes the pointer and the keyboard
+    // wherever they are, so that keys and presses anywhere come to it. A press outside
+    // it, the editor's window being hidden, the focus going to a window that is not the
+    // host's or ours, and the loss of that hold each reach the client as closeRequested().
+    virtual void holdInput() {}
+    // The usable part of the screen (left, top, width, height), for helpers that must fit.
+    virtual void workArea(std::int32_t& left, std::int32_t& top, std::int32_t& width, std::int32_t& height) const {
+        left = top = 0;
+        width = height = 1 << 20;
+    }
     // For helper windows: show or hide, change place (screen coordinates) and size.
     virtual void setVisible(bool visible) = 0;
     virtual void setScreenBounds(std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) = 0;

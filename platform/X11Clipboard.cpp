@@ -3,6 +3,8 @@
 #include <X11/Xatom.h>
 #include <poll.h>
 
+#include <algorithm>
+
 #include "platform/Qvd.h"
 #include "platform/TimerQueue.h"
 
@@ -81,44 +83,97 @@ std::string X11Clipboard::read(int timeLimitMs) {
     return {};
 }
 
-bool X11Clipboard::convert(Atom target, int timeLimitMs, std::string& out) {
+X11Clipboard::Answer X11Clipboard::fetch(Atom target, std::uint32_t deadline, Atom& type, int& format,
+                                         std::vector<unsigned long>& items, std::string& bytes) {
     Display* d = connection_.display();
     const Atom clipboard = connection_.atom("CLIPBOARD");
-    const Atom property = connection_.atom("TIDEWAKE_CLIPBOARD");
+    const std::string name = "TIDEWAKE_CLIPBOARD_" + std::to_string(requests_++ % 8);
+    const Atom property = connection_.atom(name.c_str());
     XDeleteProperty(d, window_, property);
     XConvertSelection(d, clipboard, target, property, window_, CurrentTime);
     XFlush(d);
-    const std::uint32_t start = millisecondTick();
     XEvent event;
     for (;;) {
-        if (XCheckTypedWindowEvent(d, window_, SelectionNotify, &event)) break;
+        // An answer to an earlier request that came too late is not this one's.
+        if (XCheckTypedWindowEvent(d, window_, SelectionNotify, &event)) {
+            const XSelectionEvent& e = event.xselection;
+            if (e.target == target && (e.property == property || e.property == None)) break;
+            continue;
+        }
         answerSelectionRequests(&connection_);
-        const std::int32_t left = timeLimitMs - std::int32_t(millisecondTick() - start);
-        if (left <= 0) throw Qvd::xWindowsError("The program that holds the clipboard did not answer");
+        const std::int32_t left = std::int32_t(deadline - millisecondTick());
+        if (left <= 0 || connection_.lost()) return Answer::late;
         // Short sleeps: another connection of ours may hold the selection, and it can only
         // answer when this loop does it for it.
         pollfd p{connection_.fd(), POLLIN, 0};
         poll(&p, 1, left < 5 ? left : 5);
     }
-    if (event.xselection.property == None) return false;
-    Atom type = None;
-    int format = 0;
+    if (event.xselection.property == None) return Answer::refused;
     unsigned long count = 0, remaining = 0;
     unsigned char* data = nullptr;
+    type = None;
+    format = 0;
     const int status = XGetWindowProperty(d, window_, property, 0, 0x1000000, True, AnyPropertyType, &type, &format,
                                           &count, &remaining, &data);
     if (status != Success) throw Qvd::xWindowsError("The clipboard's text could not be read");
-    bool ok = false;
-    if (type == connection_.atom("INCR")) {
-        if (data) XFree(data);
-        throw Qvd::xWindowsError("The clipboard's text is too large");
-    }
-    if (format == 8 && data) {
-        out.assign(reinterpret_cast<const char*>(data), count);
-        ok = true;
-    }
+    items.clear();
+    bytes.clear();
+    if (data && format == 8) bytes.assign(reinterpret_cast<const char*>(data), count);
+    // Xlib hands 32-bit items over as longs.
+    if (data && format == 32) items.assign(reinterpret_cast<unsigned long*>(data), reinterpret_cast<unsigned long*>(data) + count);
     if (data) XFree(data);
-    return ok;
+    return Answer::given;
+}
+
+bool X11Clipboard::convert(Atom target, int timeLimitMs, std::string& out) {
+    Atom type = None;
+    int format = 0;
+    std::vector<unsigned long> items;
+    const Answer answer = fetch(target, millisecondTick() + std::uint32_t(timeLimitMs), type, format, items, out);
+    if (answer == Answer::late) throw Qvd::xWindowsError("The program that holds the clipboard did not answer");
+    if (answer == Answer::refused) return false;
+    if (type == connection_.atom("INCR")) throw Qvd::xWindowsError("The clipboard's text is too large");
+    return format == 8;
+}
+
+X11Clipboard::Peek X11Clipboard::peek(int timeLimitMs, std::string& text) {
+    Display* d = connection_.display();
+    text.clear();
+    const ::Window owner = XGetSelectionOwner(d, connection_.atom("CLIPBOARD"));
+    if (owner == window_) {
+        text = text_;
+        return Peek::text;
+    }
+    owned_ = false;
+    text_.clear();
+    if (owner == None) return Peek::none;
+    const std::uint32_t now = millisecondTick();
+    if (owner == lateOwner_ && now - lateTick_ < 2000) return Peek::unknown;
+    const std::uint32_t deadline = now + std::uint32_t(timeLimitMs);
+    const Atom utf8 = connection_.atom("UTF8_STRING");
+    Atom type = None;
+    int format = 0;
+    std::vector<unsigned long> items;
+    std::string bytes;
+    Answer answer = fetch(connection_.atom("TARGETS"), deadline, type, format, items, bytes);
+    Atom wanted = utf8;
+    if (answer == Answer::given) {
+        const bool hasUtf8 = std::find(items.begin(), items.end(), utf8) != items.end();
+        const bool hasLatin1 = std::find(items.begin(), items.end(), XA_STRING) != items.end();
+        if (!hasUtf8 && !hasLatin1) return Peek::none;
+        wanted = hasUtf8 ? utf8 : XA_STRING;
+    }
+    // An owner too old to list its targets may still give text.
+    if (answer != Answer::late) answer = fetch(wanted, deadline, type, format, items, bytes);
+    if (answer == Answer::late) {
+        lateOwner_ = owner;
+        lateTick_ = now;
+        return Peek::unknown;
+    }
+    // Text too large for one transfer is refused by the reader too.
+    if (answer == Answer::refused || format != 8 || type == connection_.atom("INCR")) return Peek::none;
+    text = wanted == XA_STRING ? latin1ToUtf8(bytes) : bytes;
+    return Peek::text;
 }
 
 void X11Clipboard::answer(const XSelectionRequestEvent& request) {

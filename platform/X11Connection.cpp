@@ -3,6 +3,7 @@
 #include <X11/XKBlib.h>
 #include <X11/Xutil.h>
 #include <X11/extensions/XShm.h>
+#include <dlfcn.h>
 #include <sys/ipc.h>
 #include <sys/shm.h>
 #include <unistd.h>
@@ -20,7 +21,20 @@ namespace {
 std::mutex registryLock;
 std::vector<X11Connection*> connections;
 XErrorHandler previousHandler = nullptr;
+XIOErrorHandler previousIoHandler = nullptr;
 bool handlerInstalled = false;
+
+// Our error handler is process-wide and may be called through whatever the host installs
+// over it, which keeps our address as its "previous" one: once that has happened, the
+// library must never leave the process, whatever the host's dlclose says.
+void keepLibraryLoaded() {
+    static bool kept = false;
+    if (kept) return;
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<void*>(&keepLibraryLoaded), &info) == 0 || info.dli_fname == nullptr) return;
+    // A reference that is never released, on a library already loaded: no constructor runs.
+    kept = dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE) != nullptr;
+}
 
 // Whether a segment can really be attached: a remote server or one that refuses our
 // segments says so only through an error on the attach.
@@ -60,13 +74,55 @@ int X11Connection::errorHandler(Display* display, XErrorEvent* event) {
     return previousHandler ? previousHandler(display, event) : 0;
 }
 
+int X11Connection::ioErrorHandler(Display* display) {
+    {
+        std::lock_guard<std::mutex> guard(registryLock);
+        for (X11Connection* c : connections)
+            if (c->display_ == display) return 0;  // on to our exit handler, which returns
+    }
+    // The host's connection: its loss is the host's business (Xlib's own handler ends
+    // the process, as it always did).
+    return previousIoHandler ? previousIoHandler(display) : 0;
+}
+
+void X11Connection::ioErrorExit(Display*, void* connection) {
+    // The server or the socket is gone. Returning keeps the host's process alive; Xlib
+    // then treats the display as dead, and the windows on it notice through `lost()`.
+    static_cast<X11Connection*>(connection)->lost_ = true;
+}
+
 void X11Connection::enroll() {
+    // Losing the server must end our editor, not the host: Xlib's default IO error
+    // handler and its default exit handler would each end the process. The handler is
+    // the process's, so it passes on what is not ours; the exit handler is the display's.
+    XSetIOErrorExitHandler(display_, &X11Connection::ioErrorExit, this);
     std::lock_guard<std::mutex> guard(registryLock);
     if (!handlerInstalled) {
         previousHandler = XSetErrorHandler(errorHandler);
+        previousIoHandler = XSetIOErrorHandler(ioErrorHandler);
         handlerInstalled = true;
     }
     connections.push_back(this);
+}
+
+void X11Connection::leave() {
+    std::lock_guard<std::mutex> guard(registryLock);
+    connections.erase(std::find(connections.begin(), connections.end(), this));
+    if (!connections.empty() || !handlerInstalled) return;
+    // The last of ours: the host's handler goes back in, unless the host has put one of
+    // its own over ours since, which may still call ours as its previous.
+    const XErrorHandler current = XSetErrorHandler(previousHandler);
+    const XIOErrorHandler currentIo = XSetIOErrorHandler(previousIoHandler);
+    const bool errorsBack = current == errorHandler, ioBack = currentIo == ioErrorHandler;
+    if (!errorsBack) XSetErrorHandler(current);
+    if (!ioBack) XSetIOErrorHandler(currentIo);
+    if (!errorsBack || !ioBack) {
+        keepLibraryLoaded();
+        return;
+    }
+    handlerInstalled = false;
+    previousHandler = nullptr;
+    previousIoHandler = nullptr;
 }
 
 X11Connection::X11Connection(Use use) : use_(use) {
@@ -114,11 +170,9 @@ X11Connection::~X11Connection() {
     clipboard_.reset();
     for (auto& [shape, cursor] : cursors_) XFreeCursor(display_, cursor);
     XSync(display_, False);
-    {
-        std::lock_guard<std::mutex> guard(registryLock);
-        connections.erase(std::find(connections.begin(), connections.end(), this));
-    }
+    // Still on the list while it closes: what happens on the way is ours to handle.
     XCloseDisplay(display_);
+    leave();
 }
 
 std::vector<X11Connection*> X11Connection::all() {

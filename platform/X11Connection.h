@@ -66,6 +66,10 @@ public:
 
     X11Clipboard& clipboard();
 
+    // Whether the connection to the server broke (the server went away, the socket
+    // failed). Xlib answers nothing more on it then; the windows on it end.
+    bool lost() const { return lost_; }
+
     // Every connection for windows open in the process, oldest first; the clipboard uses
     // the newest.
     static std::vector<X11Connection*> all();
@@ -73,7 +77,11 @@ public:
 private:
     // Joins the process's list, whose errors our handler collects.
     void enroll();
+    // Leaves the process's list; the last one out gives the error handler back.
+    void leave();
     static int errorHandler(Display* display, XErrorEvent* event);
+    static int ioErrorHandler(Display* display);
+    static void ioErrorExit(Display* display, void* data);
 
     Use use_;
     Display* display_ = nullptr;
@@ -82,6 +90,7 @@ private:
     int depth_ = 0;
     bool shm_ = false;
     int error_ = 0;
+    bool lost_ = false;
     std::map<std::string, Atom> atoms_;
     std::map<unsigned, ::Cursor> cursors_;
     std::map<::Window, X11EventTarget*> targets_;

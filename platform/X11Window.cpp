@@ -5,6 +5,7 @@
 #include <X11/cursorfont.h>
 #include <X11/keysym.h>
 #include <poll.h>
+#include <unistd.h>
 #include <sys/mman.h>
 
 #include <algorithm>
@@ -117,9 +118,14 @@ unsigned modifierOf(Key key) {
 
 }  // namespace
 
+bool X11Session::gone() {
+    if (connection->lost()) lost = true;
+    return lost;
+}
+
 void X11Session::dispatchEvents(const std::function<bool()>* until) {
     Display* d = connection->display();
-    while (!lost && XPending(d) > 0) {
+    while (!gone() && XPending(d) > 0) {
         XEvent event;
         XNextEvent(d, &event);
         connection->dispatch(event);
@@ -133,6 +139,7 @@ void X11Session::paintAll() {
 }
 
 void X11Session::passDone() {
+    if (gone()) waker.reset();
     if (!waker) return;
     waker->passDone();
     if (XEventsQueued(connection->display(), QueuedAlready) > 0) waker->poke();
@@ -252,7 +259,10 @@ X11Window::~X11Window() {
         editors.erase(std::remove(editors.begin(), editors.end(), this), editors.end());
     }
     if (kind_ == Kind::editor) session_->waker.reset();
-    if (captured_ && window_) XUngrabPointer(session_->connection->display(), CurrentTime);
+    if (window_ && !session_->gone()) {
+        if (captured_) XUngrabPointer(session_->connection->display(), CurrentTime);
+        if (holdingKeyboard_) XUngrabKeyboard(session_->connection->display(), CurrentTime);
+    }
     destroyWindow();
     Display* d = session_->connection->display();
     surface_.reset();
@@ -277,6 +287,8 @@ void X11Window::abandon() {
     captured_ = false;
     destroyWindow();
 }
+
+void X11Window::requestStop() { session_->stopWanted.store(true); }
 
 void X11Window::invalidate(std::int32_t left, std::int32_t top, std::int32_t width, std::int32_t height) {
     dirty_.add(left, top, width, height);
@@ -334,17 +346,26 @@ void X11Window::captureMouse() {
     }
 }
 
+bool X11Window::menuHoldsPointer() const {
+    for (const X11Window* w : session_->windows)
+        if (w != this && w->holding_ && w->captured_) return true;
+    return false;
+}
+
 void X11Window::releaseMouse() {
     if (!captured_) return;
     captured_ = false;
-    if (!window_) return;
+    // A menu of ours that took the pointer over keeps it (the press that opened it may
+    // end on this window after the menu has taken the pointer).
+    if (!window_ || menuHoldsPointer() || session_->gone()) return;
     XUngrabPointer(session_->connection->display(), CurrentTime);
     XFlush(session_->connection->display());
 }
 
 void X11Window::lostCapture() {
     captured_ = false;
-    if (window_) XUngrabPointer(session_->connection->display(), CurrentTime);
+    // A menu of ours that took the pointer over keeps it.
+    if (window_ && !menuHoldsPointer() && !session_->gone()) XUngrabPointer(session_->connection->display(), CurrentTime);
     client_.captureLost();
 }
 
@@ -389,6 +410,91 @@ void X11Window::toScreen(std::int32_t& x, std::int32_t& y) const {
     y = sy;
 }
 
+void X11Window::holdInput() {
+    if (!window_ || holding_ || session_->gone()) return;
+    X11Connection& c = *session_->connection;
+    Display* d = c.display();
+    // The window was mapped just before; another client's grab (a window manager's
+    // shortcut in progress) may hold things for a moment, so a few tries, a few
+    // milliseconds apart, well inside a frame.
+    bool pointer = false;
+    for (int attempt = 0; attempt < 5 && !pointer; ++attempt) {
+        if (attempt > 0) usleep(3000);
+        pointer = XGrabPointer(d, window_, False, ButtonPressMask | ButtonReleaseMask | PointerMotionMask,
+                               GrabModeAsync, GrabModeAsync, None, None, CurrentTime) == GrabSuccess;
+    }
+    for (int attempt = 0; attempt < 5 && !holdingKeyboard_; ++attempt) {
+        if (attempt > 0) usleep(3000);
+        holdingKeyboard_ = XGrabKeyboard(d, window_, False, GrabModeAsync, GrabModeAsync, CurrentTime) == GrabSuccess;
+    }
+    // Without the keyboard grab, the focus brings the keys here; it going elsewhere closes.
+    if (!holdingKeyboard_) {
+        c.takeError();
+        XSetInputFocus(d, window_, RevertToParent, CurrentTime);
+        c.sync();
+    }
+    captured_ = pointer;
+    holding_ = true;
+    int revert = 0;
+    XGetInputFocus(d, &focusSeen_, &revert);
+    lastWatch_ = millisecondTick();
+    XFlush(d);
+}
+
+bool X11Window::belongsToUs(::Window window) const {
+    Display* d = session_->connection->display();
+    for (int depth = 0; window != 0 && depth < 64; ++depth) {
+        if (window == session_->hostTopLevel) return true;
+        for (const X11Window* w : session_->windows)
+            if (w->window_ == window) return true;
+        ::Window rootOut = 0, up = 0, *children = nullptr;
+        unsigned count = 0;
+        if (!XQueryTree(d, window, &rootOut, &up, &children, &count)) return false;
+        if (children) XFree(children);
+        if (up == rootOut) return false;
+        window = up;
+    }
+    return false;
+}
+
+void X11Window::watchHold() {
+    if (!holding_ || !window_ || session_->gone()) return;
+    // Two round trips: a few times a frame at most.
+    const std::uint32_t now = millisecondTick();
+    if (now - lastWatch_ < 30) return;
+    lastWatch_ = now;
+    X11Connection& c = *session_->connection;
+    Display* d = c.display();
+    const X11Window* editor = session_->windows.empty() ? nullptr : session_->windows.front();
+    bool shown = false;
+    if (editor && editor->kind_ == Kind::editor && editor->window_) {
+        XWindowAttributes a;
+        c.takeError();
+        shown = XGetWindowAttributes(d, editor->window_, &a) && c.takeError() == 0 && a.map_state == IsViewable;
+    }
+    ::Window focus = 0;
+    int revert = 0;
+    XGetInputFocus(d, &focus, &revert);
+    bool focusOk = true;
+    if (focus != focusSeen_) {
+        focusSeen_ = focus;
+        c.takeError();
+        focusOk = focus == PointerRoot || belongsToUs(focus);
+        c.takeError();
+    }
+    if (!shown || !focusOk) client_.closeRequested();
+}
+
+void X11Window::workArea(std::int32_t& left, std::int32_t& top, std::int32_t& width, std::int32_t& height) const {
+    left = top = 0;
+    width = height = 1 << 20;
+    placeOnScreen(left, top, 0, 0);
+    std::int32_t right = 1 << 20, bottom = 1 << 20;
+    placeOnScreen(right, bottom, 0, 0);
+    width = right - left;
+    height = bottom - top;
+}
+
 void X11Window::placeOnScreen(std::int32_t& x, std::int32_t& y, std::int32_t width, std::int32_t height) const {
     X11Connection& c = *session_->connection;
     Display* d = c.display();
@@ -410,14 +516,14 @@ void X11Window::placeOnScreen(std::int32_t& x, std::int32_t& y, std::int32_t wid
 
 std::unique_ptr<Window> X11Window::openPopup(WindowClient& client, std::int32_t x, std::int32_t y, std::int32_t width,
                                              std::int32_t height) {
-    if (session_->lost) throw LostWindowException();
+    if (session_->gone() || session_->stopWanted.load()) throw LostWindowException();
     toScreen(x, y);
     return std::make_unique<X11Window>(session_, Kind::popup, client, "", x, y, width, height);
 }
 
 std::unique_ptr<Window> X11Window::openDialog(WindowClient& client, const std::string& title, std::int32_t x,
                                               std::int32_t y, std::int32_t width, std::int32_t height) {
-    if (session_->lost) throw LostWindowException();
+    if (session_->gone() || session_->stopWanted.load()) throw LostWindowException();
     toScreen(x, y);
     return std::make_unique<X11Window>(session_, Kind::dialog, client, title, x, y, width, height);
 }
@@ -469,14 +575,17 @@ void X11Window::runModal(const std::function<bool()>& done) {
     X11Session& s = *keep;
     Busy busy(s);
     Display* d = s.connection->display();
+    const auto ended = [&s] { return s.gone() || s.stopWanted.load(); };
     for (;;) {
-        if (s.lost) throw LostWindowException();
+        if (ended()) throw LostWindowException();
         if (done()) return;
         s.dispatchEvents(&done);
-        if (s.lost) throw LostWindowException();
+        if (ended()) throw LostWindowException();
         if (done()) return;
         s.timers.run();
-        if (s.lost) throw LostWindowException();
+        if (ended()) throw LostWindowException();
+        if (done()) return;
+        for (X11Window* w : std::vector<X11Window*>(s.windows)) w->watchHold();
         if (done()) return;
         s.paintAll();
         s.passDone();
@@ -489,14 +598,14 @@ void X11Window::runModal(const std::function<bool()>& done) {
 }
 
 void X11Window::idle() {
-    if (busy() || session_->lost) return;
+    if (busy() || session_->gone()) return;
     const std::shared_ptr<X11Session> keep = session_;
     X11Session& s = *keep;
     Busy busy(s);
     s.dispatchEvents(nullptr);
-    if (s.lost) return;
+    if (s.gone()) return;
     s.timers.run();
-    if (s.lost) return;
+    if (s.gone()) return;
     refreshModifiers();
     s.paintAll();
     s.passDone();
@@ -569,6 +678,12 @@ void X11Window::handleEvent(XEvent& event) {
             pointerX_ = b.x;
             pointerY_ = b.y;
             modifiers_ = b.state & modifierMask;
+            const bool outside = b.x < 0 || b.y < 0 || b.x >= width_ || b.y >= height_;
+            // A press anywhere else, in the host's windows or on the desktop, ends a menu.
+            if (holding_ && outside) {
+                if (event.type == ButtonPress && b.button <= Button3) client_.closeRequested();
+                break;
+            }
             MouseEvent e = mouseEvent(b.x, b.y, b.state);
             if (b.button == Button4 || b.button == Button5) {
                 if (event.type == ButtonPress) {
@@ -612,7 +727,11 @@ void X11Window::handleEvent(XEvent& event) {
         }
         case LeaveNotify: {
             const XCrossingEvent& c = event.xcrossing;
-            if (captured_) {
+            if (holding_ && c.mode == NotifyUngrab) {
+                // Our hold of the pointer was broken from outside.
+                captured_ = false;
+                client_.closeRequested();
+            } else if (captured_) {
                 // While we hold the pointer, a crossing that comes from a grab means that
                 // the grab is gone: another program took the pointer, or our window
                 // stopped being viewable.
@@ -660,6 +779,14 @@ void X11Window::handleEvent(XEvent& event) {
                 session_->connection->takeError();
                 XSetInputFocus(d, window_, RevertToParent, CurrentTime);
             }
+            break;
+        case FocusOut:
+            // The keyboard went elsewhere: through our grab's loss, or, without a grab,
+            // by another window taking the focus.
+            if (holding_ && event.xfocus.window == window_ &&
+                (event.xfocus.mode == NotifyUngrab || (!holdingKeyboard_ && event.xfocus.mode == NotifyNormal) ||
+                 (!holdingKeyboard_ && event.xfocus.mode == NotifyWhileGrabbed)))
+                client_.closeRequested();
             break;
         case UnmapNotify:
             if (captured_ && event.xunmap.window == window_) lostCapture();

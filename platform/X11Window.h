@@ -5,6 +5,7 @@
 
 #include <X11/Xlib.h>
 
+#include <atomic>
 #include <bitset>
 #include <memory>
 #include <string>
@@ -34,6 +35,11 @@ struct X11Session {
     std::unique_ptr<X11Waker> waker;
     bool lost = false;
     int depth = 0;                    // calls of ours under way on the stack
+    // Set from another thread by a host that closes the editor while our modal loop runs.
+    std::atomic<bool> stopWanted{false};
+
+    // Whether the editor is gone, or its connection broke (which ends it too).
+    bool gone();
 
     // Reads and hands on the events that arrived; with `until`, one at a time, stopping
     // as soon as it answers true.
@@ -69,6 +75,8 @@ public:
                                       std::int32_t height) override;
     std::unique_ptr<Window> openDialog(WindowClient& client, const std::string& title, std::int32_t x, std::int32_t y,
                                        std::int32_t width, std::int32_t height) override;
+    void holdInput() override;
+    void workArea(std::int32_t& left, std::int32_t& top, std::int32_t& width, std::int32_t& height) const override;
     void setVisible(bool visible) override;
     void setScreenBounds(std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) override;
     std::string clipboardText() override;
@@ -77,6 +85,8 @@ public:
     void idle() override;
     bool busy() const override { return session_->depth > 0; }
     void abandon() override;
+    void requestStop() override;
+    bool disconnected() const override { return session_->connection->lost(); }
     std::uint64_t framesShown() const override { return frames_; }
     std::uintptr_t nativeId() const override { return window_; }
 
@@ -100,6 +110,11 @@ private:
     void lostCapture();
     void refreshModifiers();
     void destroyWindow();
+    // For a window that holds the input: whether the editor is still shown and the focus
+    // still the host's or ours; asks the client to close when not.
+    void watchHold();
+    bool belongsToUs(::Window window) const;
+    bool menuHoldsPointer() const;
     void placeOnScreen(std::int32_t& x, std::int32_t& y, std::int32_t width, std::int32_t height) const;
 
     std::shared_ptr<X11Session> session_;
@@ -112,6 +127,10 @@ private:
     std::unique_ptr<X11Surface> surface_;
     DirtyRegion dirty_;
     bool captured_ = false;
+    bool holding_ = false;          // a popup that holds the pointer and the keyboard
+    bool holdingKeyboard_ = false;  // the keyboard through a grab, not only the focus
+    ::Window focusSeen_ = 0;        // the focus when last looked at, while holding
+    std::uint32_t lastWatch_ = 0;
     bool hovered_ = false;
     unsigned modifiers_ = 0;  // ShiftMask, ControlMask, Mod1Mask as last seen
     std::int32_t pointerX_ = 0, pointerY_ = 0;

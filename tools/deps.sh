@@ -11,7 +11,7 @@ $SUDO apt-get install -y -qq --no-install-recommends \
   zlib1g-dev libpng-dev libx11-dev libxext-dev libsndfile1-dev libcurl4-openssl-dev \
   libfreetype-dev fonts-dejavu-core \
   libgtest-dev libgmock-dev libbenchmark-dev libcairo2-dev \
-  xvfb xauth xdotool imagemagick lsp-plugins-vst locales \
+  xvfb xauth xdotool openbox imagemagick lsp-plugins-vst locales \
   lv2-dev sordi lilv-utils sox \
   >/dev/null
 # The hosts the formats are tried in: Ardour headless (ardour7-lua) for the LV2 bundle.

@@ -273,8 +273,9 @@ vst2::intptr Vst2Plugin::editorCall(vst2::int32 opcode, void* ptr) {
             editor_->idle();
             return 1;
         default:
-            editor_->close();
-            return 1;
+            // Refused when a careless host closes from another thread and the editor's
+            // thread does not let go in time.
+            return editor_->close() ? 1 : 0;
     }
 }
 

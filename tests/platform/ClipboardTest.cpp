@@ -3,6 +3,9 @@
 // GoogleTest first: Xlib defines names such as None and Bool as macros.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
 #include "platform/Clipboard.h"
 
 #include <X11/Xatom.h>
@@ -99,6 +102,71 @@ TEST_F(X11ClipboardTest, NoOwnerGivesEmptyTextAndASilentOwnerFailsInWords) {
     XSync(other, False);
     EXPECT_EQ(test::failure<Qvd::xWindowsError>([&] { ours.clipboard().read(100); }),
               "The program that holds the clipboard did not answer");
+    XCloseDisplay(other);
+}
+
+// Whether Paste is offered is asked as a menu opens, on the host's thread: an owner that
+// never answers, or answers the targets but is slow with the text, leaves the answer
+// open instead of holding the caller, and a hung owner is asked once, not at every look.
+TEST_F(X11ClipboardTest, LookingForPasteAsksBrieflyAndOnlyOnceOfAHungOwner) {
+    X11Connection ours;
+    writeClipboardText("name=\"MW Dr Dub\"\n", true);
+    std::string text;
+    EXPECT_EQ(peekClipboardText(text, 15), ClipboardContent::text);
+    EXPECT_EQ(text, "name=\"MW Dr Dub\"\n");
+
+    Display* other = test::openDisplay();
+    const ::Window owner = XCreateSimpleWindow(other, DefaultRootWindow(other), 0, 0, 1, 1, 0, 0, 0);
+    const Atom clipboard = XInternAtom(other, "CLIPBOARD", False);
+    XSetSelectionOwner(other, clipboard, owner, CurrentTime);
+    XSync(other, False);
+    EXPECT_EQ(peekClipboardText(text, 15), ClipboardContent::unknown);
+    EXPECT_EQ(peekClipboardText(text, 15), ClipboardContent::unknown);
+    int requests = 0;
+    XSync(other, False);
+    while (XPending(other) > 0) {
+        XEvent e;
+        XNextEvent(other, &e);
+        requests += e.type == SelectionRequest;
+    }
+    EXPECT_EQ(requests, 1) << "the hung owner was asked again at once";
+
+    // An owner that lists text among its targets but sends it too slowly.
+    const ::Window slow = XCreateSimpleWindow(other, DefaultRootWindow(other), 0, 0, 1, 1, 0, 0, 0);
+    XSetSelectionOwner(other, clipboard, slow, CurrentTime);
+    XSync(other, False);
+    std::atomic<bool> stop{false};
+    std::thread answering([&] {
+        const Atom targets = XInternAtom(other, "TARGETS", False), utf8 = XInternAtom(other, "UTF8_STRING", False);
+        while (!stop.load()) {
+            if (XPending(other) == 0) {
+                usleep(1000);
+                continue;
+            }
+            XEvent e;
+            XNextEvent(other, &e);
+            if (e.type != SelectionRequest || e.xselectionrequest.target != targets) continue;
+            const Atom list[] = {targets, utf8};
+            XChangeProperty(other, e.xselectionrequest.requestor, e.xselectionrequest.property, XA_ATOM, 32,
+                            PropModeReplace, reinterpret_cast<const unsigned char*>(list), 2);
+            XSelectionEvent reply{};
+            reply.type = SelectionNotify;
+            reply.requestor = e.xselectionrequest.requestor;
+            reply.selection = e.xselectionrequest.selection;
+            reply.target = targets;
+            reply.property = e.xselectionrequest.property;
+            XSendEvent(other, reply.requestor, False, NoEventMask, reinterpret_cast<XEvent*>(&reply));
+            XFlush(other);
+        }
+    });
+    EXPECT_EQ(peekClipboardText(text, 15), ClipboardContent::unknown);
+    stop.store(true);
+    answering.join();
+
+    // No owner at all: nothing to paste.
+    XSetSelectionOwner(other, clipboard, None, CurrentTime);
+    XSync(other, False);
+    EXPECT_EQ(peekClipboardText(text, 15), ClipboardContent::none);
     XCloseDisplay(other);
 }
 

@@ -4,6 +4,8 @@
 #include <poll.h>
 #include <time.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
 
 namespace tw {
@@ -79,6 +81,8 @@ EditorHost::EditorHost(HostedPlugin& plugin, const Settings& settings) : plugin_
 }
 
 EditorHost::~EditorHost() {
+    watching_.store(false);
+    if (watcher_.joinable()) watcher_.join();
     plugin_.dispatch(vst2::effEditClose);
     XDestroyWindow(display_, parent_);
     XCloseDisplay(display_);
@@ -91,9 +95,19 @@ void EditorHost::pass() {
         XNextEvent(display_, &event);
         if (event.type == ClientMessage && Atom(event.xclient.data.l[0]) == deleteWindow_) closed_ = true;
         if (event.type == DestroyNotify && event.xdestroywindow.window == parent_) closed_ = true;
-        if (eventProc_) eventProc_(&event);
+        if (eventProc_) {
+            callStarted_.store(nowMs());
+            inEditorCall_.store(true);
+            eventProc_(&event);
+            inEditorCall_.store(false);
+        }
     }
-    if (++passes_ % std::uint64_t(idleEvery) == 0) plugin_.dispatch(vst2::effEditIdle);
+    if (++passes_ % std::uint64_t(idleEvery) == 0) {
+        callStarted_.store(nowMs());
+        inEditorCall_.store(true);
+        plugin_.dispatch(vst2::effEditIdle);
+        inEditorCall_.store(false);
+    }
     const int sleepMs = settings_.ardour ? 1 : 1000 / (settings_.idleRate > 0 ? settings_.idleRate : 30);
     pollfd p{ConnectionNumber(display_), POLLIN, 0};
     // Ardour sleeps whatever arrives; a plain host wakes for its own events.
@@ -106,6 +120,35 @@ void EditorHost::pass() {
 void EditorHost::run(double seconds) {
     const double end = nowMs() + seconds * 1e3;
     while (!closed() && (seconds <= 0 || nowMs() < end)) pass();
+}
+
+void EditorHost::endBy(double seconds) {
+    if (watcher_.joinable()) return;
+    const double end = seconds > 0 ? nowMs() + seconds * 1e3 : 0;
+    watching_.store(true);
+    watcher_ = std::thread([this, end] { watch(end); });
+}
+
+void EditorHost::watch(double end) {
+    const std::atomic<bool>& running = watching_;
+    const auto due = [&] { return (end > 0 && nowMs() >= end) || (settings_.stop != nullptr && *settings_.stop != 0); };
+    // A call that is merely under way when the time comes is left to end by itself.
+    const auto held = [&] { return inEditorCall_.load() && nowMs() - callStarted_.load() > 200; };
+    while (running.load() && !(due() && held())) poll(nullptr, 0, 20);
+    if (!running.load()) return;
+    // The editor holds our loop past its end: hiding its window ends a menu or the like.
+    Display* d = XOpenDisplay(nullptr);
+    if (d) {
+        XUnmapWindow(d, parent_);
+        XFlush(d);
+    }
+    const double giveUp = nowMs() + 5000;
+    while (running.load() && held() && nowMs() < giveUp) poll(nullptr, 0, 20);
+    if (running.load() && held()) {
+        std::fprintf(stderr, "vst2host: the editor does not let go of the host's loop; ending\n");
+        std::_Exit(3);
+    }
+    if (d) XCloseDisplay(d);
 }
 
 bool EditorHost::showsBackgroundOnly() {

@@ -6,9 +6,11 @@
 
 #include <X11/Xlib.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstdint>
 #include <string>
+#include <thread>
 
 #include "graphics/Raster.h"
 #include "tools/vst2host/HostedPlugin.h"
@@ -37,6 +39,11 @@ public:
     int height() const { return height_; }
     // Runs the host's loop for `seconds`, or until the window is closed when 0.
     void run(double seconds);
+    // From now on, an editor that holds the loop inside one of its calls (a menu left
+    // open) past `seconds` from now (never when 0), or once the stop flag has turned, is
+    // made to let go as a desktop would: the window is hidden. One that still holds on
+    // after that ends the process.
+    void endBy(double seconds);
     // Whether the user closed the host's window, or the stop flag turned.
     bool closed() const { return closed_ || (settings_.stop != nullptr && *settings_.stop != 0); }
     // Runs the loop until a pixel of the window differs from the parent's own background,
@@ -47,6 +54,8 @@ public:
 
 private:
     void pass();
+    // On a thread of its own, with a connection of its own, from endBy() until the end.
+    void watch(double end);
     bool showsBackgroundOnly();
 
     HostedPlugin& plugin_;
@@ -59,6 +68,10 @@ private:
     std::uint64_t passes_ = 0;
     double openedAt_ = 0;
     void (*eventProc_)(XEvent*) = nullptr;
+    std::atomic<bool> inEditorCall_{false};
+    std::atomic<double> callStarted_{0};  // nowMs() when the editor call under way began
+    std::atomic<bool> watching_{false};
+    std::thread watcher_;
 };
 
 }  // namespace tw

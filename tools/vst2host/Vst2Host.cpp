@@ -294,6 +294,8 @@ void edit(HostedPlugin& plugin, const Options& o) {
                 host.height(), firstFrame);
     std::fflush(stdout);
     const double cpuBefore = cpuSeconds();
+    // A menu left open must not keep the run from ending on time or on a signal.
+    host.endBy(o.seconds);
     if (o.trace)
         runTraced(plugin, host, o.seconds);
     else
