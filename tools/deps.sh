@@ -12,6 +12,7 @@ $SUDO apt-get install -y -qq --no-install-recommends \
   libfreetype-dev fonts-dejavu-core \
   libgtest-dev libgmock-dev libbenchmark-dev libcairo2-dev \
   xvfb xauth xdotool imagemagick lsp-plugins-vst locales \
+  dpf-source \
   >/dev/null
 # Hosts built on Qt or GTK run us under the user's locale: the tests run the editor under a
 # comma-decimal one, which a fresh machine does not have until it is generated.
