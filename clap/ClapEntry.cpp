@@ -126,7 +126,15 @@ const clap_plugin_gui_t guiExtension{
         return withGui(p, "gui.get_size", false, [&](ClapGui& g) { return g.size(width, height); });
     },
     [](const clap_plugin_t*) { return false; },
-    [](const clap_plugin_t*, clap_gui_resize_hints_t*) { return false; },
+    // Neither way: the face is drawn at one size (its aspect given for hosts that ask).
+    [](const clap_plugin_t* p, clap_gui_resize_hints_t* hints) {
+        return withGui(p, "gui.get_resize_hints", false, [&](ClapGui& g) {
+            std::uint32_t w = 0, h = 0;
+            if (hints == nullptr || !g.size(&w, &h)) return false;
+            *hints = {false, false, true, w, h};
+            return true;
+        });
+    },
     // A fixed size: the one asked is adjusted to it, and only it is taken.
     [](const clap_plugin_t* p, std::uint32_t* width, std::uint32_t* height) {
         return withGui(p, "gui.adjust_size", false, [&](ClapGui& g) { return g.size(width, height); });
