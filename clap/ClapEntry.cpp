@@ -157,9 +157,10 @@ const clap_plugin_gui_t guiExtension{
 
 const clap_plugin_timer_support_t timerExtension{
     [](const clap_plugin_t* p, clap_id timer) {
-        withGui(p, "timer_support.on_timer", 0, [&](ClapGui& g) {
-            g.onTimer(timer);
-            return 0;
+        guardedVoid(p, "timer_support.on_timer", [&](ClapPlugin& c) {
+            if (c.gui() == nullptr) return;
+            c.gui()->onTimer(timer);
+            c.flushWaitingGestures();
         });
     },
 };

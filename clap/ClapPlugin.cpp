@@ -79,10 +79,14 @@ bool ClapPlugin::startProcessing() {
     return true;
 }
 
-void ClapPlugin::stopProcessing() {
-    processing_.store(false);
-    // Gestures made while the host stopped calling process leave through flush.
-    if (!gestures_.empty() && hostParams_ && hostParams_->request_flush) hostParams_->request_flush(host_);
+void ClapPlugin::stopProcessing() { processing_.store(false); }
+
+void ClapPlugin::flushWaitingGestures() {
+    // Gestures queued just as the host stopped processing would wait for the next block:
+    // the editor's next timer asks for a flush instead (a host takes that request only from
+    // the main thread, never from stop_processing's audio thread).
+    if (!processing_.load() && !gestures_.empty() && hostParams_ && hostParams_->request_flush)
+        hostParams_->request_flush(host_);
 }
 
 void ClapPlugin::reset() { instance_->requestReset(); }

@@ -63,6 +63,8 @@ public:
     bool valueToText(clap_id id, double value, char* display, std::uint32_t size);
     bool textToValue(clap_id id, const char* display, double* value);
     void flush(const clap_input_events_t* in, const clap_output_events_t* out);
+    // Main thread: asks the host for a flush when gestures wait and nothing processes.
+    void flushWaitingGestures();
 
     // State: the VST build's bank chunk and the current program (clap/ClapState.h).
     bool saveState(const clap_ostream_t* stream);

@@ -16,6 +16,8 @@
 
 #include <clap/ext/thread-check.h>
 
+#include "tools/common/OptionValues.h"
+
 namespace tw {
 
 namespace {
@@ -346,12 +348,7 @@ void HostedClap::apply(const std::vector<Setting>& settings) {
             if (!fromText(clap_id(id), s.value, v))
                 throw std::runtime_error("the plug-in cannot read \"" + s.value + "\" for " + info->name);
         } else {
-            char* end = nullptr;
-            v = std::strtod(s.value.c_str(), &end);
-            if (s.value.empty() || *end != 0 || !(v >= info->min_value && v <= info->max_value))
-                throw std::runtime_error("--param values of " + std::string(info->name) + " lie in " +
-                                         std::to_string(info->min_value) + " to " + std::to_string(info->max_value) + ": " +
-                                         s.value);
+            v = numberOption("--param " + std::string(info->name), s.value, info->min_value, info->max_value);
         }
         clap_event_param_value_t e{};
         e.header = {sizeof e, 0, CLAP_CORE_EVENT_SPACE_ID, CLAP_EVENT_PARAM_VALUE, 0};
