@@ -115,6 +115,7 @@ struct ReadStream {
             auto& self = *static_cast<ReadStream*>(s->ctx);
             std::size_t n = std::min<std::uint64_t>(size, self.bytes->size() - self.position);
             if (self.step) n = std::min(n, self.step);
+            if (n == 0) return 0;
             std::memcpy(buffer, self.bytes->data() + self.position, n);
             self.position += n;
             return static_cast<std::int64_t>(n);
