@@ -117,6 +117,9 @@ public:
     bool outputSilent() const { return outputSilent_ != 0; }
     // Applies a reset asked for since the last block. Audio thread (or any while inactive).
     void runPendingReset();
+    // Asks for the reset that the next block applies: delay lines and filters cleared,
+    // as after activation. Any thread.
+    void requestReset() { needsReset_.store(1); }
 
     // ModelServices: main thread (the editor), beside the audio thread.
     ModelFactory& getFactory() override { return *factory_; }

@@ -12,7 +12,7 @@ $SUDO apt-get install -y -qq --no-install-recommends \
   libfreetype-dev fonts-dejavu-core \
   libgtest-dev libgmock-dev libbenchmark-dev libcairo2-dev \
   xvfb xauth xdotool openbox imagemagick lsp-plugins-vst locales \
-  lv2-dev sordi lilv-utils sox \
+  lv2-dev sordi lilv-utils sox dpf-source \
   >/dev/null
 # The hosts the formats are tried in: Ardour headless (ardour7-lua) for the LV2 bundle.
 $SUDO apt-get install -y -qq --no-install-recommends ardour >/dev/null

@@ -31,6 +31,13 @@ echo "installed $target/Tidewake.so and its factory patches"
 "${as_owner[@]}" cp -r build/Tidewake.lv2 "$lv2_target/Tidewake.lv2"
 "${as_owner[@]}" strip "$lv2_target/Tidewake.lv2/Tidewake.so"
 echo "installed $lv2_target/Tidewake.lv2"
+# The CLAP plug-in, with its own copy of the factory patches beside it.
+clap_target="$HOME/.clap"
+if [ "$target" != "$HOME/.vst" ]; then clap_target=/usr/local/lib/clap; fi
+"${as_owner[@]}" mkdir -p "$clap_target/Tidewake Patches"
+"${as_owner[@]}" install -s -m 0755 build/Tidewake.clap "$clap_target/Tidewake.clap"
+"${as_owner[@]}" install -m 0644 build/"Tidewake Patches"/*.tidewake "$clap_target/Tidewake Patches/"
+echo "installed $clap_target/Tidewake.clap and its factory patches"
 if [ "$target" = "$HOME/.vst" ]; then
     echo "Ardour does not search ~/.vst by itself: add it under Preferences > Plugins > VST >" \
          "Linux VST Path, or run this again with --system"

@@ -24,7 +24,7 @@
 #include "cushy/PopupMenu.h"
 #include "cushy/doubles/MapHost.h"
 #include "graphics/ResourceManager.h"
-#include "host/Entry.h"
+#include "vst2/Entry.h"
 #include "platform/Exception.h"
 #include "platform/X11Window.h"
 #include "tests/XServer.h"
