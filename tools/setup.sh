@@ -2,9 +2,9 @@
 # The first command of the README: installs the dependencies, builds Tidewake, installs
 # each format with its factory patch folder, and renders the demo input through it into
 # build/demo.wav. By default the VST 2.4 plug-in goes into ~/.vst/ (Bitwig, Reaper, Carla
-# and Qtractor look there) and the LV2 bundle into ~/.lv2/; with --system they go into
-# /usr/local/lib/lxvst/ (one of the folders Ardour searches without being told) and
-# /usr/local/lib/lv2/, for every user of the machine.
+# and Qtractor look there), the LV2 bundle into ~/.lv2/ and the CLAP plug-in into ~/.clap/;
+# with --system they go into /usr/local/lib/lxvst/ (one of the folders Ardour searches
+# without being told), /usr/local/lib/lv2/ and /usr/local/lib/clap/, for every user.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 target="$HOME/.vst"
