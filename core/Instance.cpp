@@ -99,7 +99,7 @@ void Instance::deactivate() {
 void Instance::setParameterFromHost(int id, float value) {
     if (id < 0 || id >= parameterCount()) return;
     PatchHandle r = acquirePatch(getCurrentProgram());
-    (*r)->setParameter(id, safeParameterValue(descriptor_.parameters[static_cast<std::size_t>(id)], value));
+    (*r)->storeParameter(id, safeParameterValue(descriptor_.parameters[static_cast<std::size_t>(id)], value));
 }
 
 std::string Instance::parameterText(int id, float value) {
@@ -192,12 +192,12 @@ float Instance::getParameter(int program, int parameter) {
     return (*r)->getParameter(parameter);
 }
 
-void Instance::setParameter(int program, int parameter, float value) {
+void Instance::editParameter(int program, int parameter, float value) {
     if (parameter < 0 || parameter >= static_cast<int>(gestures_.size())) return;
     value = safeParameterValue(descriptor_.parameters[static_cast<std::size_t>(parameter)], value);
     {
         PatchHandle r = acquirePatch(program);
-        (*r)->setParameter(parameter, value);
+        (*r)->storeParameter(parameter, value);
     }
     if (program == getCurrentProgram() && gestures_[static_cast<std::size_t>(parameter)])
         host_.automate(parameter, value);

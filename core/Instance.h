@@ -133,7 +133,7 @@ public:
     bool setPatchName(int program, std::string_view text) override;
     void beginEnd(int parameter, bool beginning) override;
     float getParameter(int program, int parameter) override;
-    void setParameter(int program, int parameter, float value) override;
+    void editParameter(int program, int parameter, float value) override;
     FeedbackSink::Snapshot getFeedback() override { return feedbackSink_->snapshot(); }
     bool isEnabled() override { return active_.load() != 0 && bypassed_.load() == 0; }
     double getTempo() override { return tempoCell_.read(); }

@@ -21,8 +21,8 @@ float clamp01(double value) { return static_cast<float>(value < 0.0 ? 0.0 : valu
 }  // namespace
 
 void ModelController::writeParameter(int index, float value) {
-    if (cachedPatch_) cachedPatch_->setParameter(index, value);
-    services_.setParameter(currentProgram_, index, value);
+    if (cachedPatch_) cachedPatch_->storeParameter(index, value);
+    services_.editParameter(currentProgram_, index, value);
 }
 
 std::string ModelController::readParam(int index, bool human) {

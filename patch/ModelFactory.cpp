@@ -8,7 +8,7 @@ std::unique_ptr<Patch> ModelFactory::createInitPatch() const {
     const ModelDescriptor& d = getDescriptor();
     auto patch = std::make_unique<Patch>(static_cast<int>(d.parameters.size()));
     for (std::size_t i = 0; i < d.parameters.size(); ++i)
-        patch->setParameter(static_cast<int>(i), d.parameters[i].defaultValue);
+        patch->storeParameter(static_cast<int>(i), d.parameters[i].defaultValue);
     patch->markClean();
     return patch;
 }

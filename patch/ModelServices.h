@@ -39,8 +39,9 @@ public:
     // Starts or ends the user's gesture on a parameter (by id).
     virtual void beginEnd(int parameter, bool beginning) = 0;
     virtual float getParameter(int program, int parameter) = 0;
-    // Writes the value; tells the host when it is the current program inside a gesture.
-    virtual void setParameter(int program, int parameter, float value) = 0;
+    // The editor's write: stores the value and, when it is the current program inside a
+    // gesture, tells the host, which records it as automation.
+    virtual void editParameter(int program, int parameter, float value) = 0;
     virtual FeedbackSink::Snapshot getFeedback() = 0;
     // Audio is running and the effect is not bypassed.
     virtual bool isEnabled() = 0;

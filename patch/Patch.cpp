@@ -85,7 +85,7 @@ void Patch::getParameters(int first, int count, float* out) const {
     for (int i = 0; i < count; ++i) out[i] = getParameter(first + i);
 }
 
-bool Patch::setParameter(int index, float value) {
+bool Patch::storeParameter(int index, float value) {
     float old = values_[index].exchange(value);
     if (old == value) return false;
     touch();

@@ -45,8 +45,9 @@ public:
     int getParameterCount() const { return count_; }
     float getParameter(int index) const { return values_[index].load(std::memory_order_relaxed); }
     void getParameters(int first, int count, float* out) const;
-    // Swaps the value in; touches the patch and answers true when it differed.
-    bool setParameter(int index, float value);
+    // The patch's store: swaps the value in; touches the patch and answers true when it
+    // differed. Nobody is told; the host's write and the editor's write both end here.
+    bool storeParameter(int index, float value);
     bool setParameters(int first, int count, const float* values);
 
 private:

@@ -115,7 +115,7 @@ std::unique_ptr<Patch> ModelFactory::patchFromText(std::string_view text) const 
                 // Row-dependent text reads the rows before it, already in this patch.
                 if (!textToValue(*patch, index, valueText, value)) value = row.defaultValue;
             }
-            patch->setParameter(index, value);
+            patch->storeParameter(index, value);
         }
     }
 

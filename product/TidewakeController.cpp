@@ -38,8 +38,8 @@ void TidewakeController::turnOffDelaySync() {
     if (!isOn(cachedPatch().getParameter(Param::delaySync))) return;
     const float time = turnOffDelaySyncValue(cachedPatch(), services().getTempo());
     std::unique_ptr<Patch> patch = cachedPatch().clone();
-    patch->setParameter(Param::delaySync, 0.0f);
-    patch->setParameter(Param::delayTime, time);
+    patch->storeParameter(Param::delaySync, 0.0f);
+    patch->storeParameter(Param::delayTime, time);
     pushUndo("Turn Off Sync", false);
     install(std::move(patch));
     services().beginEnd(Param::delaySync, true);

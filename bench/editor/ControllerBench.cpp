@@ -77,7 +77,7 @@ void updateAfterChange(benchmark::State& state) {
     float value = 0.25f;
     for (auto _ : state) {
         value = 0.75f - value + 0.25f;
-        editor.instance.setParameter(0, Param::wetMix, value);
+        editor.instance.editParameter(0, Param::wetMix, value);
         editor.controller->fastTick();
     }
 }

@@ -21,10 +21,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     scanNoteText(text.c_str(), note);
     // Ranges Fine to Midi, both sync switches, and the four LFO targets.
     for (int setting = 0; setting < 4; ++setting) {
-        patch->setParameter(Param::freqShiftRange, setting / 3.0f);
-        patch->setParameter(Param::lfoTarget, setting / 3.0f);
-        patch->setParameter(Param::delaySync, setting & 1);
-        patch->setParameter(Param::lfoSync, setting >> 1);
+        patch->storeParameter(Param::freqShiftRange, setting / 3.0f);
+        patch->storeParameter(Param::lfoTarget, setting / 3.0f);
+        patch->storeParameter(Param::delaySync, setting & 1);
+        patch->storeParameter(Param::lfoSync, setting >> 1);
         for (int id = 0; id < Param::count; ++id) {
             float value = -1;
             if (!factory.textToValue(*patch, id, text, value)) continue;

@@ -90,7 +90,7 @@ protected:
     // The user drags a parameter through `values`, as the editor reports it.
     void drag(int id, std::initializer_list<float> values) {
         instance().beginEnd(id, true);
-        for (float v : values) instance().setParameter(instance().getCurrentProgram(), id, v);
+        for (float v : values) instance().editParameter(instance().getCurrentProgram(), id, v);
         instance().beginEnd(id, false);
     }
     void flush() {

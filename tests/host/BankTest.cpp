@@ -105,7 +105,7 @@ TEST(Banks, StartupBankReplacesFactoryProgramsAndPicksTheProgram) {
     TidewakeFactory factory;
     std::unique_ptr<Patch> edited = factory.createInitPatch();
     edited->setName("My Dub");
-    edited->setParameter(12, 0.5f);
+    edited->storeParameter(12, 0.5f);
     writeStartupBank(factory, 4, {{4, edited.get()}});
 
     TestHost host;

@@ -166,7 +166,7 @@ TEST_F(Editor, ClosingWritesTheStartupBankOnlyAfterAChange) {
     EXPECT_FALSE(std::ifstream(store).good()) << "nothing changed, nothing written";
 
     ASSERT_EQ(host.dispatch(vst2::effEditOpen, 0, 0, parent.handle()), 1);
-    host.instance().setParameter(2, Param::wetMix, 0.25f);
+    host.instance().editParameter(2, Param::wetMix, 0.25f);
     host.dispatch(vst2::effEditIdle);
     host.dispatch(vst2::effEditClose);
     std::vector<std::string> texts;

@@ -159,7 +159,7 @@ TEST(Instance, HostOrderMapsIndicesToIds) {
     EXPECT_EQ(host.instance().getParameter(0, Param::lfoTarget), 1.0f);
     EXPECT_EQ(host.instance().getParameter(0, Param::lfoStereo), 0.0f);
     EXPECT_EQ(text(host, vst2::effGetParamDisplay, 18), "Delay Time");
-    host.instance().setParameter(0, Param::lfoAmount, 0.25f);
+    host.instance().editParameter(0, Param::lfoAmount, 0.25f);
     EXPECT_EQ(host.effect->getParameter(host.effect, 16), 0.25f);
     EXPECT_EQ(text(host, vst2::effGetParamDisplay, 0), "Wide") << "0.33333334 is step 1";
     EXPECT_EQ(host.effect->getParameter(host.effect, 99), 0.0f) << "out of range reads 0";
@@ -184,12 +184,12 @@ TEST(Instance, ProgramsAndTheirNames) {
 
 TEST(Instance, GesturesAndAutomation) {
     TestHost host;
-    host.instance().setParameter(0, Param::lfoTarget, 1.0f);
+    host.instance().editParameter(0, Param::lfoTarget, 1.0f);
     EXPECT_TRUE(host.callsOf(vst2::audioMasterAutomate).empty()) << "outside a gesture the host is not told";
     host.instance().beginEnd(Param::lfoTarget, true);
     host.instance().beginEnd(Param::lfoTarget, true);
-    host.instance().setParameter(0, Param::lfoTarget, 0.0f);
-    host.instance().setParameter(5, Param::lfoTarget, 1.0f);
+    host.instance().editParameter(0, Param::lfoTarget, 0.0f);
+    host.instance().editParameter(5, Param::lfoTarget, 1.0f);
     host.instance().beginEnd(Param::lfoTarget, false);
     auto begins = host.callsOf(vst2::audioMasterBeginEdit);
     auto automations = host.callsOf(vst2::audioMasterAutomate);
@@ -207,9 +207,9 @@ TEST(Instance, EditPatchOverridesTheProgram) {
     TestHost host;
     host.dispatch(vst2::effMainsChanged, 0, 1);
     auto patch = host.instance().clonePatch(0);
-    patch->setParameter(Param::wetMix, 0.25f);
+    patch->storeParameter(Param::wetMix, 0.25f);
     host.instance().setEditPatch(patch.get());
-    patch->setParameter(Param::wetMix, 0.75f);
+    patch->storeParameter(Param::wetMix, 0.75f);
     EXPECT_EQ(host.instance().getParameter(0, Param::wetMix), 1.0f) << "the edit patch is a clone";
     host.instance().setEditPatch(nullptr);
     host.instance().setPatch(2, *patch);

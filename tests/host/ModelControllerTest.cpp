@@ -94,7 +94,7 @@ TEST_F(Controller, ConstantsAreFixedAndNameTheBuild) {
 }
 
 TEST_F(Controller, ParametersReadAsNumbersAndAsHumanText) {
-    instance().setParameter(0, Param::wetMix, 0.25f);
+    instance().editParameter(0, Param::wetMix, 0.25f);
     controller->fastTick();
     EXPECT_EQ(get("params.wetMix"), "0.25");
     EXPECT_EQ(get("params.wetMix.human"), "25.00 %");
@@ -115,7 +115,7 @@ TEST_F(Controller, ChangeParamRaisesItsOwnMessages) {
 }
 
 TEST_F(Controller, ChangeParamClampsAndKeepsValuesOnTheirSteps) {
-    instance().setParameter(0, Param::wetMix, 0.95f);
+    instance().editParameter(0, Param::wetMix, 0.95f);
     controller->fastTick();
     perform("changeParam", "{ param: wetMix, by: 0.1 }");
     EXPECT_FLOAT_EQ(value(Param::wetMix), 1.0f);
@@ -222,7 +222,7 @@ TEST_F(Controller, TurningOffDelaySync) {
 
 TEST_F(Controller, TheHostsChangesShowAfterOneFastTick) {
     EXPECT_EQ(get("params.wetMix"), "1");
-    instance().setParameter(0, Param::wetMix, 0.5f);
+    instance().editParameter(0, Param::wetMix, 0.5f);
     EXPECT_EQ(get("params.wetMix"), "1") << "one snapshot per refresh";
     controller->fastTick();
     EXPECT_EQ(get("params.wetMix"), "0.5");
@@ -234,11 +234,11 @@ TEST_F(Controller, TheHostsChangesShowAfterOneFastTick) {
     EXPECT_EQ(get("patch.name"), instance().clonePatch(3)->getName());
 
     // A chunk from the host replaces the patch object itself.
-    instance().setParameter(3, Param::wetMix, 0.5f);
+    instance().editParameter(3, Param::wetMix, 0.5f);
     void* data = nullptr;
     const auto size = host.dispatch(vst2::effGetChunk, 1, 0, &data);
     const std::string chunk(static_cast<const char*>(data), static_cast<std::size_t>(size));
-    instance().setParameter(3, Param::wetMix, 0.75f);
+    instance().editParameter(3, Param::wetMix, 0.75f);
     controller->fastTick();
     EXPECT_EQ(get("params.wetMix"), "0.75");
     ASSERT_EQ(host.dispatch(vst2::effSetChunk, 1, size, const_cast<char*>(chunk.data())), size);
@@ -255,10 +255,10 @@ TEST(ControllerInAWindow, PollsThroughTheWindowsTimersUntilClosed) {
     controller->open(&window);
     EXPECT_TRUE(window.timers().isScheduled(controller.get(), ModelController::fastTimer));
     EXPECT_TRUE(window.timers().isScheduled(controller.get(), ModelController::slowTimer));
-    instance.setParameter(0, Param::wetMix, 0.5f);
+    instance.editParameter(0, Param::wetMix, 0.5f);
     window.advance(11);
     EXPECT_EQ(controller->getVariable(controller->rootView(), "params.wetMix"), "0.5");
-    instance.setParameter(0, Param::wetMix, 0.25f);
+    instance.editParameter(0, Param::wetMix, 0.25f);
     window.advance(600);
     EXPECT_EQ(controller->getVariable(controller->rootView(), "params.wetMix"), "0.25") << "the timer re-arms itself";
     controller->close();

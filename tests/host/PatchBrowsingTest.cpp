@@ -51,8 +51,8 @@ public:
     bool setPatchName(int program, std::string_view text) override { return inner_.setPatchName(program, text); }
     void beginEnd(int parameter, bool beginning) override { inner_.beginEnd(parameter, beginning); }
     float getParameter(int program, int parameter) override { return inner_.getParameter(program, parameter); }
-    void setParameter(int program, int parameter, float value) override {
-        inner_.setParameter(program, parameter, value);
+    void editParameter(int program, int parameter, float value) override {
+        inner_.editParameter(program, parameter, value);
     }
     FeedbackSink::Snapshot getFeedback() override { return inner_.getFeedback(); }
     bool isEnabled() override { return inner_.isEnabled(); }
@@ -85,7 +85,7 @@ protected:
     void writePatch(const std::string& relative, float wetMix, bool headerless = true) {
         std::unique_ptr<Patch> patch = factory().createInitPatch();
         patch->setName("A label in the text");
-        patch->setParameter(Param::wetMix, wetMix);
+        patch->storeParameter(Param::wetMix, wetMix);
         temp.write(relative, factory().patchToText(*patch, headerless));
     }
     float wetMix() { return instance().getParameter(instance().getCurrentProgram(), Param::wetMix); }

@@ -33,7 +33,7 @@ void fillPrograms(FakeModel& model) {
     for (int p = 0; p < 16; ++p) {
         std::unique_ptr<Patch> patch = model.getFactory().createInitPatch();
         patch->setName("Program " + std::to_string(p));
-        patch->setParameter(12, float(p) / 16.0f);
+        patch->storeParameter(12, float(p) / 16.0f);
         model.setPatch(p, *patch);
     }
 }

@@ -34,8 +34,8 @@ public:
     bool setPatchName(int program, std::string_view text) override { return (*acquirePatch(program))->setName(text); }
     void beginEnd(int, bool) override {}
     float getParameter(int program, int parameter) override { return (*acquirePatch(program))->getParameter(parameter); }
-    void setParameter(int program, int parameter, float value) override {
-        (*acquirePatch(program))->setParameter(parameter, value);
+    void editParameter(int program, int parameter, float value) override {
+        (*acquirePatch(program))->storeParameter(parameter, value);
     }
     FeedbackSink::Snapshot getFeedback() override { return {}; }
     bool isEnabled() override { return true; }

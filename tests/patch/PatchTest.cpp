@@ -23,9 +23,9 @@ TEST(Patch, StampsMoveOnRealChangesOnly) {
     Patch patch(3);
     patch.markClean();
     std::uint32_t stamp = patch.getChangeStamp();
-    EXPECT_FALSE(patch.setParameter(1, 0.0f)) << "the same value is no change";
+    EXPECT_FALSE(patch.storeParameter(1, 0.0f)) << "the same value is no change";
     EXPECT_EQ(patch.getChangeStamp(), stamp);
-    EXPECT_TRUE(patch.setParameter(1, 0.5f));
+    EXPECT_TRUE(patch.storeParameter(1, 0.5f));
     EXPECT_NE(patch.getChangeStamp(), stamp);
     EXPECT_TRUE(patch.isModified());
     std::uint32_t modified = patch.getChangeStamp();
@@ -66,7 +66,7 @@ TEST(Patch, PathNamesThePatchAfterTheFile) {
 
 TEST(Patch, CloneCopiesEverythingIncludingStamps) {
     Patch patch(2);
-    patch.setParameter(0, 0.25f);
+    patch.storeParameter(0, 0.25f);
     patch.setPath(Path::parse("/a/b.tidewake"));
     auto copy = patch.clone();
     EXPECT_EQ(copy->getParameter(0), 0.25f);
@@ -74,6 +74,6 @@ TEST(Patch, CloneCopiesEverythingIncludingStamps) {
     EXPECT_EQ(copy->getPath().toString(), "/a/b.tidewake");
     EXPECT_EQ(copy->getChangeStamp(), patch.getChangeStamp());
     EXPECT_EQ(copy->isModified(), patch.isModified());
-    copy->setParameter(0, 1.0f);
+    copy->storeParameter(0, 1.0f);
     EXPECT_EQ(patch.getParameter(0), 0.25f);
 }

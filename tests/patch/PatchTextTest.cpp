@@ -38,7 +38,7 @@ enum Id { freqShiftRange = 0, antiReflection = 2, phaseShift = 3, feedbackAmount
 TEST(PatchText, FullFormLayout) {
     std::unique_ptr<Patch> patch = factory.createInitPatch();
     patch->setName("Lead: \"Big\" Echo");
-    patch->setParameter(wetMix, 0.25f);
+    patch->storeParameter(wetMix, 0.25f);
     std::string text = factory.patchToText(*patch, false);
     EXPECT_EQ(text.rfind("TidewakePatch: {\n\tformat: 1\n\tname: \"Lead: \\\"Big\\\" Echo\"\n\tmodified: true\n"
                          "\tparameters: {\n\t\tfreqShiftRange: \"Wide\"\n",

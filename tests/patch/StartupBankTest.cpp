@@ -21,7 +21,7 @@ struct StartupBankTest : ::testing::Test {
     std::unique_ptr<Patch> named(const std::string& name, float wet) {
         std::unique_ptr<Patch> patch = factory.createInitPatch();
         patch->setName(name);
-        patch->setParameter(12, wet);
+        patch->storeParameter(12, wet);
         return patch;
     }
     void putBlob(const std::string& blob) {

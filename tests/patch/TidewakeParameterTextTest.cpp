@@ -21,7 +21,7 @@ public:
     Context() : patch_(TidewakeFactory().createInitPatch()) {}
 
     Context& set(int id, float value) {
-        patch_->setParameter(id, value);
+        patch_->storeParameter(id, value);
         return *this;
     }
     Context& range(ShiftRange r) { return set(Param::freqShiftRange, static_cast<float>(r) / 3); }
