@@ -62,20 +62,26 @@ tw::FrameControls heavySetting() {
     return c;
 }
 
-void runEngine(benchmark::State& state, tw::FrameControls controls, const float* left, const float* right) {
+void runEngine(benchmark::State& state, tw::FrameControls controls, const float* left, const float* right,
+               bool frameByFrame = false) {
     tw::buildEngineTables();
     auto engine = std::make_unique<tw::ShifterEngine>();
     engine->reset(kRate, 1);
     std::vector<float> outL(kSamples), outR(kSamples);
     tw::FrameReport report;
     controls.reset = true;
+    // In blocks of 512, as the processor hands them over.
+    constexpr size_t kBlock = 512;
+    float needles[kBlock / tw::ShifterEngine::kFrameSize];
     auto second = [&] {
-        for (size_t at = 0; at < kSamples; at += tw::ShifterEngine::kFrameSize) {
+        for (size_t at = 0; at < kSamples;) {
             controls.inputs[0] = left + at;
             controls.inputs[1] = right + at;
             controls.outputs[0] = outL.data() + at;
             controls.outputs[1] = outR.data() + at;
-            engine->processFrame(controls, report);
+            size_t frames = frameByFrame ? 1 : std::min(kBlock - at % kBlock, kSamples - at) / tw::ShifterEngine::kFrameSize;
+            at += static_cast<size_t>(engine->processFrames(controls, static_cast<int>(frames), report, needles)) *
+                  tw::ShifterEngine::kFrameSize;
             controls.reset = false;
         }
     };
@@ -115,10 +121,16 @@ void HeavySetting(benchmark::State& state) {
 
 void SilentInput(benchmark::State& state) { runEngine(state, tw::FrameControls(), silence().data(), silence().data()); }
 
+// The same, handed over one frame at a time, as the plug-in's audio call does today.
+void SilentFrameByFrame(benchmark::State& state) {
+    runEngine(state, tw::FrameControls(), silence().data(), silence().data(), true);
+}
+
 BENCHMARK(PlainCopy)->Unit(benchmark::kMillisecond);
 BENCHMARK(DefaultProgram)->Unit(benchmark::kMillisecond);
 BENCHMARK(HeavySetting)->Unit(benchmark::kMillisecond);
 BENCHMARK(SilentInput)->Unit(benchmark::kMillisecond);
+BENCHMARK(SilentFrameByFrame)->Unit(benchmark::kMillisecond);
 
 // Prints the ratios once all runs are in, so they hold on a noisy machine.
 class RatioReporter : public benchmark::ConsoleReporter {
@@ -135,6 +147,7 @@ public:
         std::printf("default / plain copy: %.1f\n", ratio("DefaultProgram", "PlainCopy"));
         std::printf("heavy / default:      %.2f\n", ratio("HeavySetting", "DefaultProgram"));
         std::printf("silent / default:     %.4f\n", ratio("SilentInput", "DefaultProgram"));
+        std::printf("silent frame by frame / default: %.4f\n", ratio("SilentFrameByFrame", "DefaultProgram"));
     }
 
 private:
