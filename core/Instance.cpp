@@ -42,7 +42,7 @@ Instance::Instance(HostPort& host, std::unique_ptr<ModelFactory> factory)
     setCurrentProgram(program);
 
     // 5. Frame buffers, processed in place.
-    int bufferLength = frameSize_ > 0 ? frameSize_ : 256;
+    int bufferLength = frameSize_ > 0 ? frameSize_ * runFrames : 256;
     int bufferCount = frameSize_ > 0 && inputChannels_ > outputChannels_ ? inputChannels_ : outputChannels_;
     frameBuffers_.assign(static_cast<std::size_t>(bufferCount), std::vector<float>(static_cast<std::size_t>(bufferLength)));
     inputPointers_.resize(static_cast<std::size_t>(inputChannels_));

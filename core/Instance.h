@@ -51,6 +51,9 @@ struct Transport {
 class Instance final : public ModelServices {
 public:
     static constexpr int maxEvents = 4096;
+    // Frames offered to the processor in one call at most: the frame due and those after
+    // it whose input the host's block already holds.
+    static constexpr int runFrames = 64;
     // The rates the engine's rings and clocks are sized for; a rate outside them is refused.
     static constexpr float minSampleRate = 1000.0f;
     static constexpr float maxSampleRate = 3072000.0f;

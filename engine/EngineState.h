@@ -51,6 +51,7 @@ struct EngineState {
     float lengthSmooth = 0.0f;
     float holdDecay = 0.0f;
     float midiDecay = 0.0f;
+    float quietStep = 0.0f;  // the seconds of one slow update
     uint32_t delaySize = 0;  // stereo pairs
     uint32_t smearMask = 0;
 

@@ -7,6 +7,28 @@
 
 namespace tw {
 
+namespace {
+
+// The shapes that are a function of the phase alone, by run's selector (0 to 5).
+inline float plainShape(int selector, float phase) {
+    float u = phase + 0.5f;
+    switch (selector) {
+    case 0:
+    case 1:
+        return std::cos(u * kTwoPi);
+    case 2:
+        return 1.0f - (phase * 2.0f + 1.0f);
+    case 3:
+        return (1.0f - (1.0f - u) * u * 6.0f) * 1.0471976f;
+    case 4:
+        return u >= 0.5f ? -1.0f : 1.0f;
+    default:
+        return (u >= 0.5f ? u * 4.0f - 3.0f : 1.0f - u * 4.0f) * 1.5707964f;
+    }
+}
+
+}  // namespace
+
 void Lfo::pullTo(float target, bool resync, float lfoPull) {
     if (resync) {
         phase = target;
@@ -50,23 +72,14 @@ void Lfo::updateRate(const RateInput& in) {
 void Lfo::run(int shape, bool synced, bool delayTarget, EngineRandom& random) {
     int selector = (shape + (shape == kRandom && synced ? 1 : 0)) * 2 + (delayTarget ? 1 : 0);
     for (float& out : values) {
-        float u = phase + 0.5f;
         switch (selector) {
         case 0:
         case 1:
-            out = std::cos(u * kTwoPi);
-            break;
         case 2:
-            out = 1.0f - (phase * 2.0f + 1.0f);
-            break;
         case 3:
-            out = (1.0f - (1.0f - u) * u * 6.0f) * 1.0471976f;
-            break;
         case 4:
-            out = u >= 0.5f ? -1.0f : 1.0f;
-            break;
         case 5:
-            out = (u >= 0.5f ? u * 4.0f - 3.0f : 1.0f - u * 4.0f) * 1.5707964f;
+            out = plainShape(selector, phase);
             break;
         case 6:
             out = clampFloat(smoothRandom.step(increment, random) * 1.4142135f, -1.0f, 1.0f);
@@ -97,6 +110,20 @@ void Lfo::run(int shape, bool synced, bool delayTarget, EngineRandom& random) {
             else
                 randomStep = (r * 2.0f - 1.0f) - randomValue;
         }
+    }
+}
+
+void Lfo::advance(int shape, bool synced, bool delayTarget, EngineRandom& random) {
+    int selector = (shape + (shape == kRandom && synced ? 1 : 0)) * 2 + (delayTarget ? 1 : 0);
+    // The random shapes draw as they go, and every draw counts: those run in full.
+    if (selector >= 6) {
+        run(shape, synced, delayTarget, random);
+        return;
+    }
+    for (int k = 0; k < kSteps; ++k) {
+        if (k == 0 || (k == 4 && delayTarget)) values[k] = plainShape(selector, phase);
+        phase += increment;
+        if (std::fabs(phase) > 0.5f) phase -= signOf(phase);
     }
 }
 

@@ -52,6 +52,10 @@ struct Lfo {
     // Fills values with the next eight steps of the shape.
     void run(int shape, bool synced, bool delayTarget, EngineRandom& random);
 
+    // The same eight steps, leaving in values only what updateShownValue reads: while the
+    // engine is silent nothing else looks at them, and a wake runs the LFO afresh.
+    void advance(int shape, bool synced, bool delayTarget, EngineRandom& random);
+
     // The value shown to the user: the shape itself, so for the delay target the slope of
     // its integral.
     void updateShownValue(bool delayTarget);

@@ -5,11 +5,12 @@
 
 #include "engine/EngineMath.h"
 #include "engine/EngineTables.h"
+#include "engine/WideVectors.h"
 #include "engine/NoteRatios.h"
 
 #include <algorithm>
 #include <cmath>
-#include <emmintrin.h>
+#include <immintrin.h>
 
 namespace tw {
 
@@ -33,6 +34,39 @@ bool anyAbove(const float* left, const float* right, float threshold) {
     for (const float* x : {left, left + 4, right, right + 4})
         above = _mm_or_ps(above, _mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(x), magnitude), limit));
     return _mm_movemask_ps(above) != 0;
+}
+
+// The same over n samples of each channel, n a multiple of 8, with one test at the end.
+bool anyAboveBaseline(const float* left, const float* right, size_t n, float threshold) {
+    const __m128 magnitude = _mm_castsi128_ps(_mm_set1_epi32(0x7fffffff));
+    const __m128 limit = _mm_set1_ps(threshold);
+    __m128 above = _mm_setzero_ps();
+    __m128 aboveRight = _mm_setzero_ps();
+    for (size_t i = 0; i < n; i += 4) {
+        above = _mm_or_ps(above, _mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(left + i), magnitude), limit));
+        aboveRight = _mm_or_ps(aboveRight, _mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(right + i), magnitude), limit));
+    }
+    return _mm_movemask_ps(_mm_or_ps(above, aboveRight)) != 0;
+}
+
+// A comparison has no rounding, so the wide one answers exactly as the baseline.
+__attribute__((target("avx2"))) bool anyAboveWide(const float* left, const float* right, size_t n,
+                                                  float threshold) {
+    const __m256 magnitude = _mm256_castsi256_ps(_mm256_set1_epi32(0x7fffffff));
+    const __m256 limit = _mm256_set1_ps(threshold);
+    __m256 above = _mm256_setzero_ps();
+    __m256 aboveRight = _mm256_setzero_ps();
+    for (size_t i = 0; i < n; i += 8) {
+        above = _mm256_or_ps(above, _mm256_cmp_ps(_mm256_and_ps(_mm256_loadu_ps(left + i), magnitude), limit,
+                                                  _CMP_GT_OQ));
+        aboveRight = _mm256_or_ps(aboveRight, _mm256_cmp_ps(_mm256_and_ps(_mm256_loadu_ps(right + i), magnitude),
+                                                            limit, _CMP_GT_OQ));
+    }
+    return _mm256_movemask_ps(_mm256_or_ps(above, aboveRight)) != 0;
+}
+
+bool anyAbove(const float* left, const float* right, size_t n, float threshold) {
+    return wideVectors() ? anyAboveWide(left, right, n, threshold) : anyAboveBaseline(left, right, n, threshold);
 }
 
 // Whether every sample of the two channels' frames is a finite number: x * 0 is NaN
@@ -75,6 +109,7 @@ void ShifterEngine::reset(float rate, uint32_t seed) {
     controlSmooth = onePole(1.0f, control);
     depthSmooth = onePole(10.0f, control);
     lengthSmooth = onePole(1.0f, 1.0f / rate);
+    quietStep = 256.0f / rate;
     float ln100 = std::log(100.0f);
     holdDecay = rate == 0.0f ? 0.0f : std::exp(-ln100 / (rate * 0.5f / 256.0f));
     midiDecay = rate == 0.0f ? 0.0f : std::exp(-ln100 / (rate / 256.0f));
@@ -131,7 +166,8 @@ void ShifterEngine::processFrame(const FrameControls& in, FrameReport& out) {
     float peak = 0.0f;
     out.silent = silent;
     if (silent) {
-        for (int c = 0; c < 2; ++c) oscillatorPhase[c] = wrapCycles(oscillatorPhase[c] + increment[c] * 8.0f);
+        // The oscillators stand still: every way out of silence is a wake, whose restart
+        // of the loop sets their phase afresh.
         std::fill(in.outputs[0], in.outputs[0] + kFrameSize, 0.0f);
         std::fill(in.outputs[1], in.outputs[1] + kFrameSize, 0.0f);
     } else {
@@ -167,21 +203,123 @@ void ShifterEngine::processFrame(const FrameControls& in, FrameReport& out) {
         silent = false;
     }
     heldLevel = std::max(heldLevel, level);
+    fillReport(out);
+}
+
+void ShifterEngine::fillReport(FrameReport& out) const {
     out.level = heldLevel;
     out.lfoValue = lfo.value;
     out.needle = needleValue_;
     out.midiActivity = midiActivity;
 }
 
+int ShifterEngine::processFrames(const FrameControls& in, int frames, FrameReport& out, float* needles) {
+    if (frames > 1 && silent && !in.reset && !restart_ && noteSeen && in.eventCount == 0) {
+        int n = quietRun(in, frames, out, needles);
+        if (n > 0) return n;
+    }
+    processFrame(in, out);
+    needles[0] = out.needle;
+    return 1;
+}
+
+// Silent frames with nothing to wake them, as processFrame takes them one by one, up to
+// the first loud frame. With no events the keyboard and its lamp stand still, and with no
+// peak and no level the loop stays silent; what is left is the countdowns, the zeros out,
+// the slow updates' decay of the meters and, at each control update, the LFO and its
+// needle. A synced LFO reads the song position of its frame, which only the first frame
+// carries: then the run stops before the next control update.
+int ShifterEngine::quietRun(const FrameControls& in, int frames, FrameReport& out, float* needles) {
+    int n = in.lfoSync ? std::min(frames, std::max(controlCountdown, 1)) : frames;
+    if (anyAbove(in.inputs[0], in.inputs[1], static_cast<size_t>(n) * kFrameSize, kWakeThreshold)) {
+        // Rare: something wakes the loop inside the run; the run stops before its frame.
+        for (int k = 0; k < n; ++k) {
+            const size_t at = static_cast<size_t>(k) * kFrameSize;
+            if (anyAbove(in.inputs[0] + at, in.inputs[1] + at, kFrameSize, kWakeThreshold)) {
+                n = k;
+                break;
+            }
+        }
+        if (n == 0) return 0;
+    }
+    for (int done = 0; done < n;) {
+        if (--controlCountdown < 1) {
+            frameIndex = 0;
+            controlUpdate(in, false);
+            controlCountdown = kFramesPerControl;
+        }
+        // This frame and those before the next control update show the same needle; a
+        // slow update ends the stretch after its frame.
+        int k = std::min({n - done, controlCountdown, std::max(slowCountdown, 1)});
+        controlCountdown -= k - 1;
+        frameIndex += k;
+        std::fill(needles + done, needles + done + k, needleValue_);
+        done += k;
+        slowCountdown -= k;
+        if (slowCountdown < 1) {
+            slowUpdate();
+            slowCountdown = kFramesPerSlow;
+        }
+    }
+    const size_t samples = static_cast<size_t>(n) * kFrameSize;
+    std::fill(in.outputs[0], in.outputs[0] + samples, 0.0f);
+    std::fill(in.outputs[1], in.outputs[1] + samples, 0.0f);
+    heldLevel = std::max(heldLevel, 0.0f);
+    out.silent = true;
+    fillReport(out);
+    return n;
+}
+
 void ShifterEngine::slowUpdate() {
-    quietTime += 256.0f / sampleRate;
+    quietTime += quietStep;
     midiActivity *= midiDecay;
     if (quietTime >= 1.1f) silent = true;
     heldLevel *= holdDecay;
     if (std::fabs(heldLevel) < 1e-5f) heldLevel = 0.0f;
 }
 
+// A control update while silent: only the LFO and its needle move on, for the meter and
+// for the random draws they make. The other smoothers, the shift, the shifter's set-up
+// and the watches that only they read wait: every way out of silence is a wake, whose
+// restart snaps them all afresh.
+void ShifterEngine::quietControlUpdate(const FrameControls& in) {
+    bool lfoSyncChanged = lfoSyncWatch.changed(in.lfoSync);
+    bool playingChanged = playingWatch.changed(in.playing);
+    resync = playingChanged && in.playing;
+    if (resync) {
+        shiftFollower.clear();
+        lfo.follower.clear();
+        syncGain = 1.0f;
+    }
+    float lfoRate = smoothers[7].update(in.lfoRate, rateSmooth, 2.0f, lfoSyncChanged);
+    updateSyncGain();
+    runLfo(in, lfoRate);
+}
+
+void ShifterEngine::updateSyncGain() {
+    float gain = (controlSmooth - syncGain) * controlSmooth + syncGain;
+    syncGain = std::fabs(gain - controlSmooth) < 1e-6f ? controlSmooth : gain;
+}
+
+// The LFO's control-rate step, from its smoothed rate, and the needle that shows it.
+void ShifterEngine::runLfo(const FrameControls& in, float lfoRate) {
+    const bool delayTarget = in.lfoTarget == Lfo::kDelayTime;
+    Lfo::RateInput rate{in.lfoSync, lfoRate,       in.lfoRate, in.tempo,      sampleRate, in.songPosition,
+                        in.playing, resync,        syncGain,   controlSmooth, lfoPull};
+    lfo.updateRate(rate);
+    if (silent)
+        lfo.advance(in.lfoShape, in.lfoSync, delayTarget, random);
+    else
+        lfo.run(in.lfoShape, in.lfoSync, delayTarget, random);
+    lfo.updateShownValue(delayTarget);
+    needleValue_ = needle_.update(lfo.value, sampleRate, random);
+}
+
 void ShifterEngine::controlUpdate(const FrameControls& in, bool reset) {
+    if (silent && !reset) {
+        quietControlUpdate(in);
+        return;
+    }
     bool delaySyncChanged = delaySyncWatch.changed(in.delaySync);
     bool antiReflectionChanged = antiReflectionWatch.changed(in.antiReflection);
     bool targetChanged = lfoTargetWatch.changed(in.lfoTarget);
@@ -198,6 +336,12 @@ void ShifterEngine::controlUpdate(const FrameControls& in, bool reset) {
     }
 
     const float base = rateSmooth;
+    float lfoRate = smoothers[7].update(in.lfoRate, base, 2.0f, reset || lfoSyncChanged);
+    updateSyncGain();
+    if (silent) {
+        runLfo(in, lfoRate);
+        return;
+    }
     float amount = smoothers[0].update(in.freqShiftAmount, base, 2.0f, reset || rangeChanged);
     float sidebandMix = smoothers[1].update(in.sidebandMix, base, 2.0f, reset);
     float phaseShift = smoothers[2].update(in.phaseShift, base, 2.0f, reset);
@@ -205,27 +349,15 @@ void ShifterEngine::controlUpdate(const FrameControls& in, bool reset) {
     float delayTime = smoothers[4].update(in.delayTime, base, 0.5f, reset || delaySyncChanged);
     float lowPassFreq = smoothers[5].update(in.lowPassFreq, base, 2.0f, reset);
     float highPassFreq = smoothers[6].update(in.highPassFreq, base, 2.0f, reset);
-    float lfoRate = smoothers[7].update(in.lfoRate, base, 2.0f, reset || lfoSyncChanged);
     float lfoAmount = smoothers[8].update(in.lfoAmount, base, 2.0f, reset || targetChanged);
     float wetMix = smoothers[9].update(in.wetMix, base, 2.0f, reset);
     float smearAmount = smoothers[10].update(in.smearAmount, base, 2.0f, reset);
-
-    float gain = (controlSmooth - syncGain) * controlSmooth + syncGain;
-    syncGain = std::fabs(gain - controlSmooth) < 1e-6f ? controlSmooth : gain;
 
     if (antiReflectionChanged || reset) configureShifter(in.antiReflection);
     phase.target = WrapHalf(phaseShift - 0.5f);
     updateBaseShift(in, amount);
 
-    const bool delayTarget = in.lfoTarget == Lfo::kDelayTime;
-    Lfo::RateInput rate{in.lfoSync, lfoRate,       in.lfoRate, in.tempo,      sampleRate, in.songPosition,
-                        in.playing, resync,        syncGain,   controlSmooth, lfoPull};
-    lfo.updateRate(rate);
-    lfo.run(in.lfoShape, in.lfoSync, delayTarget, random);
-    lfo.updateShownValue(delayTarget);
-    needleValue_ = needle_.update(lfo.value, sampleRate, random);
-
-    if (silent) return;
+    runLfo(in, lfoRate);
 
     lfo.sign = in.lfoStereo ? -1.0f : 1.0f;
     updateDepthTarget(in.lfoTarget, lfoAmount);

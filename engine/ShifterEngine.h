@@ -27,6 +27,14 @@ public:
     // One frame of kFrameSize samples.
     void processFrame(const FrameControls& in, FrameReport& out);
 
+    // Up to `frames` frames (the inputs and outputs hold that many); returns how many it
+    // processed, at least one. A silent engine takes many quiet frames at once, exactly as
+    // frame by frame; anything else goes one frame at a time. The events and the song
+    // position are the first frame's. out reports the last frame processed, and needles
+    // (room for `frames`) the needle of each: the needle's history is the one value of a
+    // report that the meters keep frame by frame.
+    int processFrames(const FrameControls& in, int frames, FrameReport& out, float* needles);
+
     // What the tests and the meters may look at.
     uint32_t delayPairs() const { return delaySize; }
     uint32_t smearRingMask() const { return smearMask; }
@@ -38,7 +46,12 @@ public:
 
 private:
     void clearLoop();
+    int quietRun(const FrameControls& in, int frames, FrameReport& out, float* needles);
+    void fillReport(FrameReport& out) const;
     void controlUpdate(const FrameControls& in, bool reset);
+    void quietControlUpdate(const FrameControls& in);
+    void runLfo(const FrameControls& in, float lfoRate);
+    void updateSyncGain();
     void configureShifter(bool antiReflection);
     void updateBaseShift(const FrameControls& in, float amount);
     void updateDepthTarget(int target, float amount);

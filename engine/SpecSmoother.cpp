@@ -1,10 +1,19 @@
 #include "engine/SpecSmoother.h"
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 
 namespace tw {
 
 float SpecSmoother::update(float target, float baseRate, float scale, bool snap) {
+    // At rest on its target a step changes nothing, snap or not; compared as bits, since
+    // a step would turn a 0 into the target's -0.
+    if (std::bit_cast<uint32_t>(y1) == std::bit_cast<uint32_t>(target) &&
+        std::bit_cast<uint32_t>(y2) == std::bit_cast<uint32_t>(target) && k == std::min(baseRate, 1.0f) &&
+        k == k)
+        return y2;
     float d = (target - y1) * k;
     if (snap || std::fabs(d) * scale < 1e-7f)
         y1 = target;

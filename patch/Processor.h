@@ -28,6 +28,11 @@ struct ProcessContext {
     std::int32_t eventCount;
     const MidiEventRecord* events;
     std::int32_t frames;
+    // Samples the inputs and outputs hold from the frame on, a multiple of frames, with no
+    // events after the first frame; the processor may take more than one frame when its
+    // state lets it, and says how many samples it took in framesDone (frames if untouched).
+    std::int32_t framesOffered;
+    std::int32_t framesDone;
     float* const* inputs;
     float* const* outputs;
     // In: the host declared the input silent. Out: the processor's output is silent.

@@ -62,25 +62,34 @@ void ShifterProcessor::process(ProcessContext& context) {
     frame.wetMix = values_[Param::wetMix];
 
     FrameReport result;
-    engine_->processFrame(frame, result);
+    int offered = std::clamp(context.framesOffered / ShifterEngine::kFrameSize, 1, maxRun);
+    int done = engine_->processFrames(frame, offered, result, runNeedles_.data());
+    context.framesDone = done * ShifterEngine::kFrameSize;
     firstCall_ = false;
     *context.silence = result.silent ? 1 : 0;
     report(Meters{result.lfoValue, result.needle, result.level, result.midiActivity}, values_[Param::lfoAmount],
-           *context.feedbackSink);
+           *context.feedbackSink, runNeedles_.data(), done);
 }
 
 void ShifterProcessor::report(const Meters& meters, float lfoAmount, FeedbackSink& sink) {
+    report(meters, lfoAmount, sink, &meters.needle, 1);
+}
+
+void ShifterProcessor::report(const Meters& meters, float lfoAmount, FeedbackSink& sink, const float* needles,
+                              int frames) {
     float level = std::clamp(meters.level, 0.004f, 1.0f);
     float dB = std::log(level) * 8.685889f;
     float levelShown = std::clamp((dB + 60.0f) / 60.0f, 0.0f, 1.0f);
 
-    needleTick_ += needleStep_;
     bool pushed = false;
-    while (needleTick_ >= 1.0) {
-        needleTick_ -= 1.0;
-        std::copy_backward(needles_.begin(), needles_.end() - 1, needles_.end());
-        needles_[0] = meters.needle;
-        pushed = true;
+    for (int k = 0; k < frames; ++k) {
+        needleTick_ += needleStep_;
+        while (needleTick_ >= 1.0) {
+            needleTick_ -= 1.0;
+            std::copy_backward(needles_.begin(), needles_.end() - 1, needles_.end());
+            needles_[0] = needles[k];
+            pushed = true;
+        }
     }
     if (pushed) sink.publishNeedles(needles_);
 

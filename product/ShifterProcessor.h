@@ -18,6 +18,7 @@ namespace tw {
 class ShifterProcessor final : public Processor {
 public:
     static constexpr int maxEvents = 4096;
+    static constexpr int maxRun = 512;  // frames taken in one call at most
 
     ShifterProcessor();
 
@@ -36,6 +37,9 @@ public:
         float lfoValue = 0, needle = 0, level = 0, midiActivity = 0;
     };
     void report(const Meters& meters, float lfoAmount, FeedbackSink& sink);
+    // The same for a run of frames that share all but the needle, one per frame; the
+    // values the sink keeps are the last frame's.
+    void report(const Meters& meters, float lfoAmount, FeedbackSink& sink, const float* needles, int frames);
 
 private:
     std::unique_ptr<ShifterEngine> engine_;
@@ -46,6 +50,7 @@ private:
     FeedbackSink::NeedleHistory needles_{};
     std::array<std::uint32_t, maxEvents> packedEvents_{};
     std::array<float, Param::count> values_{};
+    std::array<float, maxRun> runNeedles_{};
 };
 
 }  // namespace tw

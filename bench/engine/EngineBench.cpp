@@ -1,6 +1,8 @@
 // Throughput of the engine in multiples of real time at 48 kHz stereo, for the default
-// setting, a heavy one and silent input, each also as a ratio against a plain copy of the
-// same buffers in frames of 8, measured in the same run.
+// setting, a heavy one and silent input (in blocks, and frame by frame), each also as a
+// ratio against a plain copy of the same buffers in frames of 8 and the heavy one against
+// two Bode frequency shifters, measured in the same run.
+#include "bench/engine/BodeShifters.h"
 #include "engine/EngineTables.h"
 #include "engine/FrameControls.h"
 #include "engine/ShifterEngine.h"
@@ -62,20 +64,26 @@ tw::FrameControls heavySetting() {
     return c;
 }
 
-void runEngine(benchmark::State& state, tw::FrameControls controls, const float* left, const float* right) {
+void runEngine(benchmark::State& state, tw::FrameControls controls, const float* left, const float* right,
+               bool frameByFrame = false) {
     tw::buildEngineTables();
     auto engine = std::make_unique<tw::ShifterEngine>();
     engine->reset(kRate, 1);
     std::vector<float> outL(kSamples), outR(kSamples);
     tw::FrameReport report;
     controls.reset = true;
+    // In blocks of 512, as the processor hands them over.
+    constexpr size_t kBlock = 512;
+    float needles[kBlock / tw::ShifterEngine::kFrameSize];
     auto second = [&] {
-        for (size_t at = 0; at < kSamples; at += tw::ShifterEngine::kFrameSize) {
+        for (size_t at = 0; at < kSamples;) {
             controls.inputs[0] = left + at;
             controls.inputs[1] = right + at;
             controls.outputs[0] = outL.data() + at;
             controls.outputs[1] = outR.data() + at;
-            engine->processFrame(controls, report);
+            size_t frames = frameByFrame ? 1 : std::min(kBlock - at % kBlock, kSamples - at) / tw::ShifterEngine::kFrameSize;
+            at += static_cast<size_t>(engine->processFrames(controls, static_cast<int>(frames), report, needles)) *
+                  tw::ShifterEngine::kFrameSize;
             controls.reset = false;
         }
     };
@@ -115,10 +123,39 @@ void HeavySetting(benchmark::State& state) {
 
 void SilentInput(benchmark::State& state) { runEngine(state, tw::FrameControls(), silence().data(), silence().data()); }
 
+// Two Bode shifters, one per channel, over the same second in blocks of 512.
+void TwoBodeShifters(benchmark::State& state) {
+    tw::bench::BodeShifters bode(kRate);
+    if (!bode.loaded()) {
+        state.SkipWithError("swh-plugins' bode_shifter_1431.so is not installed");
+        return;
+    }
+    const Input& in = input();
+    std::vector<float> outL(kSamples), outR(kSamples);
+    constexpr size_t kBlock = tw::bench::BodeShifters::kMaxBlock;
+    for (auto _ : state) {
+        for (size_t at = 0; at < kSamples; at += kBlock) {
+            size_t n = std::min(kBlock, kSamples - at);
+            bode.run(in.left.data() + at, in.right.data() + at, outL.data() + at, outR.data() + at, n);
+        }
+        benchmark::DoNotOptimize(outL.data());
+        benchmark::ClobberMemory();
+    }
+    state.counters["xRealtime"] = benchmark::Counter(static_cast<double>(state.iterations() * kSeconds),
+                                                     benchmark::Counter::kIsRate);
+}
+
+// The same, handed over one frame at a time, as the plug-in's audio call does today.
+void SilentFrameByFrame(benchmark::State& state) {
+    runEngine(state, tw::FrameControls(), silence().data(), silence().data(), true);
+}
+
 BENCHMARK(PlainCopy)->Unit(benchmark::kMillisecond);
 BENCHMARK(DefaultProgram)->Unit(benchmark::kMillisecond);
 BENCHMARK(HeavySetting)->Unit(benchmark::kMillisecond);
 BENCHMARK(SilentInput)->Unit(benchmark::kMillisecond);
+BENCHMARK(SilentFrameByFrame)->Unit(benchmark::kMillisecond);
+BENCHMARK(TwoBodeShifters)->Unit(benchmark::kMillisecond);
 
 // Prints the ratios once all runs are in, so they hold on a noisy machine.
 class RatioReporter : public benchmark::ConsoleReporter {
@@ -135,6 +172,9 @@ public:
         std::printf("default / plain copy: %.1f\n", ratio("DefaultProgram", "PlainCopy"));
         std::printf("heavy / default:      %.2f\n", ratio("HeavySetting", "DefaultProgram"));
         std::printf("silent / default:     %.4f\n", ratio("SilentInput", "DefaultProgram"));
+        std::printf("silent frame by frame / default: %.4f\n", ratio("SilentFrameByFrame", "DefaultProgram"));
+        if (seconds_.count("TwoBodeShifters") && seconds_["TwoBodeShifters"] > 0.0)
+            std::printf("heavy throughput / two Bode shifters: %.2f\n", ratio("TwoBodeShifters", "HeavySetting"));
     }
 
 private:
