@@ -643,8 +643,10 @@ void X11Window::checkViewable() {
     if (kind_ != Kind::editor || !window_ || session_->gone()) return;
     X11Connection& c = *session_->connection;
     XWindowAttributes a;
+    // The answer itself says whether it failed; an error that arrives with it may belong
+    // to an earlier request (a selection on a host window that is gone) and is dropped.
+    viewable_ = XGetWindowAttributes(c.display(), window_, &a) && a.map_state == IsViewable;
     c.takeError();
-    viewable_ = XGetWindowAttributes(c.display(), window_, &a) && c.takeError() == 0 && a.map_state == IsViewable;
     updateRest();
 }
 
