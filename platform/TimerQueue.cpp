@@ -63,11 +63,11 @@ bool TimerQueue::isScheduled(const TimerHandler* handler, int id) const {
     return false;
 }
 
-int TimerQueue::nextDue(std::uint32_t now) const {
+int TimerQueue::nextDue(std::uint32_t now, std::uint32_t early, std::uint64_t orderLimit) const {
     int best = -1;
     for (int i = 0; i < int(entries_.size()); ++i) {
         const Entry& e = entries_[i];
-        if (!e.handler || tickBefore(now, e.time)) continue;
+        if (!e.handler || tickBefore(e.order < orderLimit ? early : now, e.time)) continue;
         if (best < 0) {
             best = i;
             continue;
@@ -80,9 +80,13 @@ int TimerQueue::nextDue(std::uint32_t now) const {
 
 void TimerQueue::run(std::uint32_t now) {
     std::uint32_t outerNow;
+    std::uint64_t waiting;
     {
         std::lock_guard<std::mutex> guard(lock_);
         outerNow = runNow_;
+        // Only what was waiting may run early: a job that schedules itself again a few
+        // milliseconds on must not run over and over in one pass.
+        waiting = nextOrder_;
         ++runDepth_;
         runNow_ = now;
     }
@@ -100,13 +104,19 @@ void TimerQueue::run(std::uint32_t now) {
         Entry entry;
         {
             std::lock_guard<std::mutex> guard(lock_);
-            int i = nextDue(now);
+            int i = nextDue(now, now + coalesceMs, waiting);
             if (i < 0) return;
             entry = entries_[i];
             entries_[i].handler = nullptr;
         }
         entry.handler->timerFired(*this, entry.time, now, entry.id);
     }
+}
+
+void TimerQueue::resume(std::uint32_t now) {
+    std::lock_guard<std::mutex> guard(lock_);
+    for (Entry& e : entries_)
+        if (e.handler && tickBefore(e.time, now)) e.time = now;
 }
 
 std::int64_t TimerQueue::waitTime(std::uint32_t now) const {

@@ -31,6 +31,9 @@ protected:
 
 class TimerQueue {
 public:
+    // How early an entry may run to share a wake with an earlier one.
+    static constexpr std::uint32_t coalesceMs = 4;
+
     using Clock = std::function<std::uint32_t()>;
 
     // Tests pass a clock of their own; the window uses the system tick.
@@ -51,10 +54,17 @@ public:
     bool isScheduled(const TimerHandler* handler, int id) const;
 
     // Pops the due entries one at a time, earliest first (entries due at the same tick in
-    // the order they were scheduled), and calls each handler outside the lock. An entry
-    // added during the run that is already due runs in the same run.
+    // the order they were scheduled), and calls each handler outside the lock. Entries
+    // that were waiting when the run began count as due up to `coalesceMs` early, so that
+    // timers a few milliseconds apart share one wake of the GUI thread instead of one
+    // each. An entry added during the run runs in the same run only when already due.
     void run(std::uint32_t now);
     void run() { run(now()); }
+
+    // After the window rested unseen: entries that fell due meanwhile are due once, at
+    // `now`, rather than once for every period missed (repeating jobs schedule
+    // themselves again from their due tick).
+    void resume(std::uint32_t now);
 
     // Milliseconds from `now` until the first entry is due (0 when one is due already),
     // or -1 when the queue is empty: how long a window's loop may sleep.
@@ -72,8 +82,9 @@ private:
         std::uint64_t order;    // ties at the same tick go in scheduling order
     };
 
-    // The index of the due entry that comes first, or -1.
-    int nextDue(std::uint32_t now) const;
+    // The index of the due entry that comes first, or -1: due by `now`, or by `early`
+    // for entries scheduled before `orderLimit`.
+    int nextDue(std::uint32_t now, std::uint32_t early, std::uint64_t orderLimit) const;
 
     Clock clock_;
     mutable std::mutex lock_;

@@ -75,11 +75,13 @@ void X11Waker::watch() {
             }
             poll(fds, 1, 1);
         } else {
-            const std::int64_t due = timers_.waitTime(now);
-            wait = int(due < 0 || due > longestWaitMs ? longestWaitMs : due);
+            // At rest nothing but an event or a poke ends the wait.
+            const bool resting = resting_.load();
+            const std::int64_t due = resting ? -1 : timers_.waitTime(now);
+            wait = resting ? -1 : int(due < 0 || due > longestWaitMs ? longestWaitMs : due);
             const int ready = wait == 0 ? 0 : poll(fds, 2, wait);
             const bool eventsWaiting = ready > 0 && (fds[1].revents & (POLLIN | POLLHUP | POLLERR)) != 0;
-            const bool timerDue = timers_.waitTime(millisecondTick()) == 0;
+            const bool timerDue = !resting_.load() && timers_.waitTime(millisecondTick()) == 0;
             if ((eventsWaiting || timerDue) && !stop_.load()) {
                 awaitingPass_.store(true);
                 sentAt = millisecondTick();

@@ -30,6 +30,12 @@ public:
     // Something changed that the thread's wait did not know about (a new timer, events
     // that Xlib read into its queue during the pass): think again.
     void poke();
+    // While the editor rests unseen its timers wait: only its events (the one that shows
+    // it again among them) are worth a wake.
+    void setResting(bool resting) {
+        resting_.store(resting);
+        poke();
+    }
     // Wakes sent so far, for tests.
     std::uint64_t wakes() const { return wakes_.load(); }
 
@@ -53,6 +59,7 @@ private:
     std::shared_ptr<Pipe> pipe_;
     std::atomic<bool> stop_{false};
     std::atomic<bool> awaitingPass_{false};
+    std::atomic<bool> resting_{false};
     std::atomic<std::uint64_t> wakes_{0};
     std::thread thread_;
 };

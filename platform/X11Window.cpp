@@ -24,7 +24,8 @@ namespace {
 constexpr std::int32_t tileWidth = 256, tileHeight = 128;
 
 constexpr long eventMask = ExposureMask | ButtonPressMask | ButtonReleaseMask | PointerMotionMask | EnterWindowMask |
-                           LeaveWindowMask | KeyPressMask | KeyReleaseMask | StructureNotifyMask | FocusChangeMask;
+                           LeaveWindowMask | KeyPressMask | KeyReleaseMask | StructureNotifyMask | FocusChangeMask |
+                           VisibilityChangeMask;
 constexpr unsigned modifierMask = ShiftMask | ControlMask | Mod1Mask;
 
 // Every editor window in the process, for the host's event procedure, which does not
@@ -145,6 +146,26 @@ void X11Session::passDone() {
     if (XEventsQueued(connection->display(), QueuedAlready) > 0) waker->poke();
 }
 
+namespace {
+
+// The top-level window that holds `window` (the one under the root), with the windows on
+// the way up, `window` first, in `path` when given.
+::Window topLevelOf(X11Connection& c, ::Window window, std::vector<::Window>* path) {
+    ::Window top = window;
+    for (;;) {
+        if (path) path->push_back(top);
+        ::Window rootOut = 0, up = 0, *children = nullptr;
+        unsigned count = 0;
+        if (!XQueryTree(c.display(), top, &rootOut, &up, &children, &count)) break;
+        if (children) XFree(children);
+        if (up == 0 || up == rootOut) break;
+        top = up;
+    }
+    return top;
+}
+
+}  // namespace
+
 std::unique_ptr<EditorWindow> EditorWindow::open(WindowClient& client, std::uintptr_t parent, std::int32_t width,
                                                  std::int32_t height) {
     return std::make_unique<X11Window>(client, ::Window(parent), width, height);
@@ -160,18 +181,10 @@ X11Window::X11Window(WindowClient& client, ::Window parent, std::int32_t width, 
     c.takeError();
     if (parent == 0 || !XGetWindowAttributes(c.display(), parent, &attributes) || c.takeError() != 0)
         throw Qvd::xWindowsError("The host's window for the editor does not exist");
-    ::Window top = parent;
-    for (;;) {
-        ::Window rootOut = 0, up = 0, *children = nullptr;
-        unsigned count = 0;
-        if (!XQueryTree(c.display(), top, &rootOut, &up, &children, &count)) break;
-        if (children) XFree(children);
-        if (up == 0 || up == rootOut) break;
-        top = up;
-    }
-    session_->hostTopLevel = top;
+    session_->hostTopLevel = topLevelOf(c, parent, &ancestors_);
     session_->hostWindow = parent;
     create(parent, Kind::editor, 0, 0, "");
+    watchAncestors();
     {
         std::lock_guard<std::mutex> guard(editorsLock);
         editors.push_back(this);
@@ -179,6 +192,7 @@ X11Window::X11Window(WindowClient& client, ::Window parent, std::int32_t width, 
     // When the host's window is already shown, the exposure is there once the server has
     // mapped ours: the first frame goes up now, not at the host's next idle call.
     XSync(c.display(), False);
+    checkViewable();
     idle();
 }
 
@@ -275,6 +289,7 @@ X11Window::~X11Window() {
 
 void X11Window::destroyWindow() {
     if (!window_) return;
+    for (::Window w : ancestors_) session_->connection->detach(w);
     session_->connection->detach(window_);
     XDestroyWindow(session_->connection->display(), window_);
     XFlush(session_->connection->display());
@@ -604,11 +619,49 @@ void X11Window::idle() {
     Busy busy(s);
     s.dispatchEvents(nullptr);
     if (s.gone()) return;
-    s.timers.run();
-    if (s.gone()) return;
-    refreshModifiers();
-    s.paintAll();
+    if (!s.resting) {
+        s.timers.run();
+        if (s.gone()) return;
+        refreshModifiers();
+        s.paintAll();
+    }
     s.passDone();
+}
+
+void X11Window::watchAncestors() {
+    X11Connection& c = *session_->connection;
+    // Our own selection on the host's windows, beside the host's: their map and unmap
+    // tell us when the editor is hidden with them, which its own events never say.
+    for (::Window w : ancestors_) {
+        c.takeError();
+        XSelectInput(c.display(), w, StructureNotifyMask);
+        c.attach(w, this);
+    }
+}
+
+void X11Window::checkViewable() {
+    if (kind_ != Kind::editor || !window_ || session_->gone()) return;
+    X11Connection& c = *session_->connection;
+    XWindowAttributes a;
+    // The answer itself says whether it failed; an error that arrives with it may belong
+    // to an earlier request (a selection on a host window that is gone) and is dropped.
+    viewable_ = XGetWindowAttributes(c.display(), window_, &a) && a.map_state == IsViewable;
+    c.takeError();
+    updateRest();
+}
+
+void X11Window::updateRest() {
+    X11Session& s = *session_;
+    const bool rest = !window_ || !viewable_ || obscured_;
+    if (rest == s.resting) return;
+    s.resting = rest;
+    if (!rest) {
+        // What fell due while unseen runs once now, and the whole window is painted in
+        // this same pass: nothing stale stays on the screen.
+        s.timers.resume(s.timers.now());
+        dirty_.add(0, 0, width_, height_);
+    }
+    if (s.waker) s.waker->setResting(rest);
 }
 
 void X11Window::hostEventProc(XEvent*) {
@@ -623,8 +676,10 @@ void X11Window::hostEventProc(XEvent*) {
             X11Session& s = *w->session_;
             // This host hands us its events every millisecond or so: from now on a wake-up
             // through its window gets the editor run as soon as something is due.
-            if (!s.waker && !s.lost && w->window_)
+            if (!s.waker && !s.lost && w->window_) {
                 s.waker = std::make_unique<X11Waker>(s.connection->fd(), s.timers, s.hostWindow);
+                s.waker->setResting(s.resting);
+            }
             w->idle();
         } catch (...) {
         }
@@ -665,6 +720,11 @@ void X11Window::refreshModifiers() {
 
 void X11Window::handleEvent(XEvent& event) {
     Display* d = session_->connection->display();
+    if (event.xany.window != window_) {
+        // A host window above the editor was shown or hidden.
+        if (event.type == MapNotify || event.type == UnmapNotify) checkViewable();
+        return;
+    }
     switch (event.type) {
         case Expose:
             dirty_.add(event.xexpose.x, event.xexpose.y, event.xexpose.width, event.xexpose.height);
@@ -773,7 +833,14 @@ void X11Window::handleEvent(XEvent& event) {
                 client_.keyUp(e);
             break;
         }
+        case VisibilityNotify:
+            // Sent only while viewable: becoming unviewable comes as an unmap instead.
+            viewable_ = true;
+            obscured_ = event.xvisibility.state == VisibilityFullyObscured;
+            updateRest();
+            break;
         case MapNotify:
+            checkViewable();
             // A dialog is modal: it takes the keyboard when it appears, window manager or not.
             if (kind_ == Kind::dialog && event.xmap.window == window_) {
                 session_->connection->takeError();
@@ -788,8 +855,26 @@ void X11Window::handleEvent(XEvent& event) {
                  (!holdingKeyboard_ && event.xfocus.mode == NotifyWhileGrabbed)))
                 client_.closeRequested();
             break;
+        case ReparentNotify:
+            // A host that moves the editor into a window of its own: watch the new way up.
+            if (kind_ == Kind::editor && event.xreparent.window == window_) {
+                for (::Window w : ancestors_) {
+                    session_->connection->detach(w);
+                    XSelectInput(d, w, NoEventMask);
+                }
+                ancestors_.clear();
+                session_->connection->takeError();
+                topLevelOf(*session_->connection, event.xreparent.parent, &ancestors_);
+                watchAncestors();
+                checkViewable();
+            }
+            break;
         case UnmapNotify:
             if (captured_ && event.xunmap.window == window_) lostCapture();
+            if (kind_ == Kind::editor) {
+                viewable_ = false;
+                updateRest();
+            }
             break;
         case DestroyNotify:
             if (event.xdestroywindow.window != window_) break;

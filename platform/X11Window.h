@@ -34,6 +34,9 @@ struct X11Session {
     // stops first.
     std::unique_ptr<X11Waker> waker;
     bool lost = false;
+    // The editor window is unmapped, inside a hidden host window or fully covered: no
+    // timer runs, nothing is painted and nothing is asked of the server until it shows.
+    bool resting = false;
     int depth = 0;                    // calls of ours under way on the stack
     // Set from another thread by a host that closes the editor while our modal loop runs.
     std::atomic<bool> stopWanted{false};
@@ -94,6 +97,8 @@ public:
     const std::shared_ptr<X11Session>& session() const { return session_; }
     // Paints the invalid rectangles, if any.
     void paintInvalid();
+    // Whether the editor rests unseen (see X11Session::resting).
+    bool resting() const { return session_->resting; }
     // Pixels handed to the client for painting since the window opened.
     std::uint64_t pixelsPainted() const { return pixelsPainted_; }
 
@@ -109,6 +114,11 @@ private:
     void pointerLeft();
     void lostCapture();
     void refreshModifiers();
+    // The editor window's visibility: asks the server whether it is viewable (after a
+    // map or unmap of it or of a window above it), and rests or wakes accordingly.
+    void checkViewable();
+    void watchAncestors();
+    void updateRest();
     void destroyWindow();
     // For a window that holds the input: whether the editor is still shown and the focus
     // still the host's or ours; asks the client to close when not.
@@ -136,6 +146,12 @@ private:
     std::int32_t pointerX_ = 0, pointerY_ = 0;
     std::bitset<256> keysDown_;
     std::uint64_t frames_ = 0;
+    // The editor window: the host's windows above it, watched for being hidden (a host
+    // that "closes" the editor by hiding its window unmaps one of those, not ours), and
+    // what the server last said of our visibility.
+    std::vector<::Window> ancestors_;
+    bool viewable_ = false;
+    bool obscured_ = false;
     std::uint64_t pixelsPainted_ = 0;
 };
 

@@ -25,6 +25,8 @@ public:
     vst2::AEffect* effect() { return &effect_; }
     static Vst2Plugin* of(vst2::AEffect* effect) { return static_cast<Vst2Plugin*>(effect->object); }
     Instance& instance() { return instance_; }
+    // The editor, when the product has one (for tests and measurements).
+    Editor* editor() { return editor_.get(); }
 
     // The host's calls, each on the thread the VST 2.4 convention gives it: the dispatcher
     // on the main thread except effProcessEvents, effSetParameter and effGetParameter from

@@ -1,7 +1,7 @@
 // The plug-in's editor through the host's editor calls, against a real X server: the
 // main layout reaches the host's window, several instances keep editors open at once,
 // the host may destroy its window first, opening and closing leaves nothing behind, and
-// closing keeps the session's changes in the startup bank.
+// closing keeps the session's changes in the startup bank; hidden by the host, it rests.
 #include <gtest/gtest.h>
 
 #include <X11/Xutil.h>
@@ -17,6 +17,7 @@
 #include "product/TidewakeDescriptor.h"
 #include "platform/Folders.h"
 #include "platform/SharedStore.h"
+#include "platform/X11Window.h"
 #include "tests/XServer.h"
 #include "tests/host/TestHost.h"
 
@@ -117,6 +118,67 @@ TEST_F(Editor, SeveralInstancesKeepEditorsOpenAtOnce) {
     EXPECT_EQ(two.children(), 1u);
     second.dispatch(vst2::effEditIdle);
     second.dispatch(vst2::effEditClose);
+}
+
+// The window's pixels as the server shows them.
+std::vector<std::uint32_t> windowPixels(ParentWindow& parent) {
+    XSync(parent.display, False);
+    XImage* image = XGetImage(parent.display, parent.id, 0, 0, 525, 475, AllPlanes, ZPixmap);
+    std::vector<std::uint32_t> pixels;
+    for (int y = 0; y < 475; ++y)
+        for (int x = 0; x < 525; ++x) pixels.push_back(std::uint32_t(XGetPixel(image, x, y) & 0xFFFFFF));
+    XDestroyImage(image);
+    return pixels;
+}
+
+TEST_F(Editor, HiddenByItsHostTheEditorRestsAndShowsWhatChangedMeanwhileAtOnce) {
+    TestHost host;
+    ParentWindow parent;
+    ASSERT_EQ(host.dispatch(vst2::effEditOpen, 0, 0, parent.handle()), 1);
+    ASSERT_TRUE(idleUntilPainted(host, parent));
+    for (int i = 0; i < 20; ++i) {  // the first ticks' own repaints, if any
+        host.dispatch(vst2::effEditIdle);
+        usleep(5000);
+    }
+    auto& window = static_cast<X11Window&>(*Vst2Plugin::of(host.effect)->editor()->window());
+    const std::vector<std::uint32_t> before = windowPixels(parent);
+
+    // Ardour's close: the host hides its window and leaves the editor open.
+    XUnmapWindow(parent.display, parent.id);
+    XSync(parent.display, False);
+    for (int i = 0; i < 500 && !window.resting(); ++i) {
+        host.dispatch(vst2::effEditIdle);
+        usleep(2000);
+    }
+    ASSERT_TRUE(window.resting());
+    host.dispatch(vst2::effEditIdle);
+    Display* ours = window.session()->connection->display();
+    const std::uint64_t frames = window.framesShown();
+    const unsigned long requests = XNextRequest(ours);
+    // Meanwhile the host changes a parameter that the editor shows on a knob.
+    host.instance().setParameterFromHost(Param::wetMix, 0.25f);
+    for (int i = 0; i < 30; ++i) {  // some thirty fast ticks' worth, at a host's idle rate
+        host.dispatch(vst2::effEditIdle);
+        usleep(10000);
+    }
+    EXPECT_EQ(window.framesShown(), frames);
+    EXPECT_EQ(XNextRequest(ours), requests);
+
+    XMapWindow(parent.display, parent.id);
+    XSync(parent.display, False);
+    for (int i = 0; i < 500 && window.resting(); ++i) {
+        host.dispatch(vst2::effEditIdle);
+        if (window.resting()) usleep(2000);
+    }
+    ASSERT_FALSE(window.resting());
+    // The pass that saw the window again painted it, the new value with it.
+    EXPECT_GT(window.framesShown(), frames);
+    const std::vector<std::uint32_t> after = windowPixels(parent);
+    std::size_t differing = 0;
+    for (std::size_t i = 0; i < before.size(); ++i) differing += before[i] != after[i];
+    EXPECT_GT(differing, 20u) << "the wet-mix knob shows its new value";
+    EXPECT_LT(differing, before.size() / 4) << "the rest of the editor as before";
+    host.dispatch(vst2::effEditClose);
 }
 
 TEST_F(Editor, TheHostMayDestroyItsWindowBeforeClosing) {

@@ -89,5 +89,55 @@ TEST(TimerQueue, CancelRemovesEveryMatchAndWakeUpFollowsTheEarliest) {
     EXPECT_EQ(r.log, (std::vector<std::string>{"r2@10"}));
 }
 
+TEST(TimerQueue, TimersAFewMillisecondsApartShareOneWake) {
+    std::uint32_t clock = 0;
+    TimerQueue queue([&] { return clock; });
+    Recorder r("r");
+    // A repeating job one millisecond apart would be due again within the window each
+    // time it runs: it runs once per pass, not over and over.
+    r.inside = [&](TimerQueue& q, int id) {
+        if (id == 3) q.schedule(&r, 3, 100 + 1);
+    };
+    queue.schedule(&r, 1, 100);
+    queue.schedule(&r, 2, 100 + TimerQueue::coalesceMs);
+    queue.schedule(&r, 3, 100 + 2);
+    queue.schedule(&r, 4, 100 + TimerQueue::coalesceMs + 1);
+    EXPECT_EQ(queue.waitTime(0), 100);
+    queue.run(100);
+    EXPECT_EQ(r.log, (std::vector<std::string>{"r1@100", "r3@102", "r2@104"}));
+    EXPECT_TRUE(queue.isScheduled(&r, 3));
+    EXPECT_TRUE(queue.isScheduled(&r, 4));
+    r.log.clear();
+    r.inside = nullptr;
+    queue.run(101);
+    EXPECT_EQ(r.log, (std::vector<std::string>{"r3@101", "r4@105"}));
+}
+
+// A job that keeps an 11 ms rate, as the editor's fast tick does.
+struct Repeater : TimerHandler {
+    std::vector<std::uint32_t> fired;
+    void timerFired(TimerQueue& queue, std::uint32_t due, std::uint32_t, int id) override {
+        fired.push_back(due);
+        queue.schedule(this, id, due + 11);
+    }
+};
+
+TEST(TimerQueue, AfterARestMissedPeriodsRunOnceAtTheResumingTick) {
+    TimerQueue queue([] { return 0u; });
+    Repeater r;
+    Recorder later("later");
+    queue.schedule(&r, 1, 11);
+    queue.schedule(&later, 1, 5000);
+    queue.resume(1000);
+    queue.run(1000);
+    // Once, from the resuming tick, keeping its rate from there; what is not due yet
+    // keeps its time. Without the resume the job would run some ninety times at once.
+    EXPECT_EQ(r.fired, (std::vector<std::uint32_t>{1000}));
+    EXPECT_EQ(queue.waitTime(1000), 11);
+    EXPECT_TRUE(later.log.empty());
+    queue.run(5000);
+    EXPECT_EQ(later.log, (std::vector<std::string>{"later1@5000"}));
+}
+
 }  // namespace
 }  // namespace tw

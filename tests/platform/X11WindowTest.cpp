@@ -403,6 +403,178 @@ TEST_F(X11WindowTest, AHostThatHandsUsItsEventsRunsTheEditorWithoutIdleCalls) {
     EXPECT_GE(x11.session()->waker->wakes(), 10u);
 }
 
+// The ways a host takes the editor out of sight, and back.
+enum class Away { hostHidesItsWindow, hostUnmapsTheEditor, anotherWindowCoversIt };
+
+struct Cover {
+    Display* display;
+    ::Window window = 0;
+    Cover(Display* d, int width, int height) : display(d) {
+        XSetWindowAttributes a{};
+        a.background_pixel = 0x00FF00;
+        a.override_redirect = True;
+        window = XCreateWindow(d, DefaultRootWindow(d), 0, 0, unsigned(width + 20), unsigned(height + 20), 0,
+                               CopyFromParent, InputOutput, CopyFromParent, CWBackPixel | CWOverrideRedirect, &a);
+    }
+    ~Cover() { XDestroyWindow(display, window); }
+};
+
+void goAway(Host& host, Cover& cover, Away away, bool gone) {
+    const ::Window target = away == Away::hostHidesItsWindow ? host.parent
+                            : away == Away::hostUnmapsTheEditor ? host.child()
+                                                                 : cover.window;
+    // The cover hides the editor by being shown; the others by being hidden.
+    if (gone == (away == Away::anotherWindowCoversIt))
+        XMapRaised(host.display, target);
+    else
+        XUnmapWindow(host.display, target);
+    XSync(host.display, False);
+}
+
+// Hidden or covered, the editor runs no timer, paints nothing, even what it was asked
+// to, and sends the server no request; seen again, the pass that learns it paints the
+// whole window and runs what fell due meanwhile once, not once per period missed.
+void checkRest(Away away) {
+    Host host;
+    Recorder client;
+    auto window = EditorWindow::open(client, host.parent, 525, 475);
+    auto& x11 = static_cast<X11Window&>(*window);
+    Cover cover(host.display, 525, 475);
+    Ticker ticker;
+    window->timers().add(&ticker, 1, 11);
+    ASSERT_TRUE(pumpUntil(*window, [&] { return window->framesShown() >= 1 && ticker.count >= 2; }));
+    EXPECT_FALSE(x11.resting());
+
+    goAway(host, cover, away, true);
+    ASSERT_TRUE(pumpUntil(*window, [&] { return x11.resting(); }));
+    window->idle();  // whatever else the change brought
+    Display* ours = x11.session()->connection->display();
+    const std::uint64_t frames = window->framesShown();
+    const int ticks = ticker.count;
+    const std::size_t tiles = client.tiles.size();
+    const unsigned long requests = XNextRequest(ours);
+    window->invalidate(0, 0, 100, 100);
+    for (int pass = 0; pass < 40; ++pass) {  // some eight periods of the ticker
+        window->idle();
+        usleep(2000);
+    }
+    EXPECT_EQ(window->framesShown(), frames);
+    EXPECT_EQ(ticker.count, ticks);
+    EXPECT_EQ(client.tiles.size(), tiles);
+    EXPECT_EQ(XNextRequest(ours), requests);
+
+    client.tiles.clear();
+    goAway(host, cover, away, false);
+    bool paintedInThatPass = false;
+    for (int pass = 0; pass < 1000 && x11.resting(); ++pass) {
+        window->idle();
+        paintedInThatPass = !x11.resting() && window->framesShown() > frames;
+        if (x11.resting()) usleep(2000);
+    }
+    ASSERT_FALSE(x11.resting());
+    EXPECT_TRUE(paintedInThatPass);
+    EXPECT_GE(areaOf(client.tiles), 525 * 475);
+    EXPECT_EQ(ticker.count, ticks + 1);
+}
+
+TEST_F(X11WindowTest, HiddenWithTheHostsWindowTheEditorRestsAndPaintsAtOnceWhenShown) {
+    checkRest(Away::hostHidesItsWindow);
+}
+
+TEST_F(X11WindowTest, UnmappedTheEditorRestsAndPaintsAtOnceWhenMappedAgain) { checkRest(Away::hostUnmapsTheEditor); }
+
+TEST_F(X11WindowTest, FullyCoveredTheEditorRestsAndPaintsAtOnceWhenUncovered) {
+    checkRest(Away::anotherWindowCoversIt);
+}
+
+// Hands the host's pending events to the editor's procedure, as Ardour's loop does.
+void ardourPass(Host& host) {
+    while (XPending(host.display) > 0) {
+        XEvent e;
+        XNextEvent(host.display, &e);
+        X11Window::hostEventProc(&e);
+    }
+}
+
+TEST_F(X11WindowTest, AtRestAHostThatHandsUsItsEventsIsNotWokenForTimers) {
+    Host host;
+    Recorder client;
+    auto window = EditorWindow::open(client, host.parent, 525, 475);
+    auto& x11 = static_cast<X11Window&>(*window);
+    X11Window::hostEventProc(nullptr);
+    ASSERT_TRUE(x11.session()->waker);
+    Ticker ticker;
+    window->timers().add(&ticker, 1, 11);
+    for (int pass = 0; pass < 3000 && ticker.count < 3; ++pass) {
+        ardourPass(host);
+        usleep(1000);
+    }
+    ASSERT_GE(ticker.count, 3);
+    XUnmapWindow(host.display, host.parent);
+    XSync(host.display, False);
+    for (int pass = 0; pass < 3000 && !x11.resting(); ++pass) {
+        ardourPass(host);
+        usleep(1000);
+    }
+    ASSERT_TRUE(x11.resting());
+    for (int pass = 0; pass < 20; ++pass) {  // what the hiding itself brought
+        ardourPass(host);
+        usleep(1000);
+    }
+    const std::uint64_t wakes = x11.session()->waker->wakes();
+    const int ticks = ticker.count;
+    for (int pass = 0; pass < 100; ++pass) {  // some nine periods of the ticker
+        ardourPass(host);
+        usleep(1000);
+    }
+    EXPECT_EQ(x11.session()->waker->wakes(), wakes);
+    EXPECT_EQ(ticker.count, ticks);
+    // Shown again, the showing itself wakes the host and the editor runs at once.
+    XMapWindow(host.display, host.parent);
+    XSync(host.display, False);
+    for (int pass = 0; pass < 3000 && ticker.count == ticks; ++pass) {
+        ardourPass(host);
+        usleep(1000);
+    }
+    EXPECT_FALSE(x11.resting());
+    EXPECT_GT(ticker.count, ticks);
+}
+
+// Records the wake under way when it fires.
+struct WakeStamp : TimerHandler {
+    const X11Waker* waker = nullptr;
+    std::uint64_t wake = 0;
+    bool fired = false;
+    void timerFired(TimerQueue&, std::uint32_t, std::uint32_t, int) override {
+        wake = waker->wakes();
+        fired = true;
+    }
+};
+
+TEST_F(X11WindowTest, TimersAFewMillisecondsApartFireInOneWake) {
+    Host host;
+    Recorder client;
+    auto window = EditorWindow::open(client, host.parent, 525, 475);
+    auto& x11 = static_cast<X11Window&>(*window);
+    X11Window::hostEventProc(nullptr);
+    ASSERT_TRUE(x11.session()->waker);
+    for (int pass = 0; pass < 50; ++pass) {  // the first frame and whatever it brought
+        ardourPass(host);
+        usleep(1000);
+    }
+    WakeStamp first, second;
+    first.waker = second.waker = x11.session()->waker.get();
+    const std::uint32_t now = window->timers().now();
+    window->timers().schedule(&first, 1, now + 40);
+    window->timers().schedule(&second, 1, now + 40 + TimerQueue::coalesceMs - 1);
+    for (int pass = 0; pass < 3000 && !(first.fired && second.fired); ++pass) {
+        ardourPass(host);
+        usleep(1000);
+    }
+    ASSERT_TRUE(first.fired && second.fired);
+    EXPECT_EQ(first.wake, second.wake);
+}
+
 TEST_F(X11WindowTest, WithoutSharedMemoryPixelsGoThroughPlainPuts) {
     test::Xvfb plain({"-extension", "MIT-SHM"});
     if (plain.display.empty()) GTEST_SKIP() << "No Xvfb to start without shared memory";

@@ -83,7 +83,7 @@ EditorHost::EditorHost(HostedPlugin& plugin, const Settings& settings) : plugin_
 EditorHost::~EditorHost() {
     watching_.store(false);
     if (watcher_.joinable()) watcher_.join();
-    plugin_.dispatch(vst2::effEditClose);
+    if (editorOpen_) plugin_.dispatch(vst2::effEditClose);
     XDestroyWindow(display_, parent_);
     XCloseDisplay(display_);
 }
@@ -102,7 +102,7 @@ void EditorHost::pass() {
             inEditorCall_.store(false);
         }
     }
-    if (++passes_ % std::uint64_t(idleEvery) == 0) {
+    if (++passes_ % std::uint64_t(idleEvery) == 0 && editorOpen_) {
         callStarted_.store(nowMs());
         inEditorCall_.store(true);
         plugin_.dispatch(vst2::effEditIdle);
@@ -115,6 +115,21 @@ void EditorHost::pass() {
         poll(nullptr, 0, sleepMs);
     else
         poll(&p, 1, sleepMs);
+}
+
+void EditorHost::setShown(bool shown) {
+    if (shown)
+        XMapWindow(display_, parent_);
+    else
+        XUnmapWindow(display_, parent_);
+    XSync(display_, False);
+}
+
+void EditorHost::closeEditor() {
+    if (!editorOpen_) return;
+    plugin_.dispatch(vst2::effEditClose);
+    editorOpen_ = false;
+    eventProc_ = nullptr;
 }
 
 void EditorHost::run(double seconds) {

@@ -44,6 +44,11 @@ public:
     // made to let go as a desktop would: the window is hidden. One that still holds on
     // after that ends the process.
     void endBy(double seconds);
+    // Hides or shows the window that holds the editor, the editor staying open: what
+    // Ardour does when the user closes a plug-in's window.
+    void setShown(bool shown);
+    // Closes the editor; the host's loop and its window go on without it.
+    void closeEditor();
     // Whether the user closed the host's window, or the stop flag turned.
     bool closed() const { return closed_ || (settings_.stop != nullptr && *settings_.stop != 0); }
     // Runs the loop until a pixel of the window differs from the parent's own background,
@@ -65,6 +70,7 @@ private:
     Atom deleteWindow_ = 0;
     int width_ = 0, height_ = 0;
     bool closed_ = false;
+    bool editorOpen_ = true;
     std::uint64_t passes_ = 0;
     double openedAt_ = 0;
     void (*eventProc_)(XEvent*) = nullptr;

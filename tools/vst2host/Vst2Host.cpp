@@ -5,6 +5,7 @@
 //   vst2host save   <plugin.so> <chunk file> [--preset] [settings]
 //   vst2host load   <plugin.so> <chunk file> [--preset]
 //   vst2host edit   <plugin.so> [input] [settings] [editor options] [--seconds S] [--no-audio] [--cpu]
+//                   [--trace] [--hidden | --closed]
 //   vst2host snapshot <plugin.so> <picture.png> [settings] [editor options] [--idle N] [--no-audio]
 //
 // Settings, applied in this order: --chunk FILE (a saved chunk; with --preset a program
@@ -18,6 +19,10 @@
 // --tail SECONDS (default 3), --raw (keep the plug-in's latency at the start).
 // Editor options: --idle-rate N (effEditIdle calls per second, default 30), --ardour (as
 // Ardour: events to the editor's _XEventProc every millisecond, idle every 50th pass).
+// `edit --hidden` hides the host's window once the first frame is there, the editor left
+// open (Ardour's way of closing a plug-in's window); `edit --closed` closes the editor
+// then and runs the host's loop on without it. With --cpu, the CPU is that of the run
+// after that point, of the process and of the host's GUI thread alone.
 // Both play the demo phrase round and round through the plug-in while the editor is open
 // (unless --no-audio), so that meters move; `snapshot` writes the editor as the X server
 // shows it after N further idle passes (default 60) once its first frame is there.
@@ -52,6 +57,7 @@ struct Options {
     double seconds = 0;
     int idlePasses = 60;
     bool noAudio = false, cpu = false, trace = false;
+    bool hidden = false, closedEditor = false;  // for the measured run, after the first frame
     EditorHost::Settings editor;
     std::vector<HostedPlugin::Setting> params;
     HostedPlugin::Transport transport;
@@ -67,7 +73,7 @@ struct Options {
                  "  save   <plugin.so> <file> [--preset] [settings]\n"
                  "  load   <plugin.so> <file> [--preset]\n"
                  "  edit   <plugin.so> [input] [settings] [--idle-rate N] [--ardour] [--seconds S] [--no-audio] [--cpu]\n"
-                 "         [--trace]\n"
+                 "         [--trace] [--hidden | --closed]\n"
                  "  snapshot <plugin.so> <picture.png> [settings] [--idle-rate N] [--ardour] [--idle N] [--no-audio]\n"
                  "settings: --chunk FILE  --program N  --param NAME=VALUE  --set NAME=TEXT  --bypass\n",
                  problem.c_str());
@@ -108,6 +114,8 @@ Options parse(int argc, char** argv) {
         else if (a == "--no-audio") o.noAudio = true;
         else if (a == "--cpu") o.cpu = true;
         else if (a == "--trace") o.trace = true;
+        else if (a == "--hidden") o.hidden = true;
+        else if (a == "--closed") o.closedEditor = true;
         else if (a.size() > 1 && a[0] == '-') usage("unknown option " + a);
         else positional.push_back(a);
     }
@@ -206,9 +214,10 @@ void render(HostedPlugin& plugin, const Options& o) {
                 output.sampleRate, plugin.effectName().c_str(), o.output.c_str());
 }
 
-double cpuSeconds() {
+// The CPU of the whole process, or of the calling thread alone (the host's GUI thread).
+double cpuSeconds(int who = RUSAGE_SELF) {
     rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
+    getrusage(who, &usage);
     return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
 }
 
@@ -293,7 +302,13 @@ void edit(HostedPlugin& plugin, const Options& o) {
     std::printf("%s: editor %d x %d, first frame %.1f ms after effEditOpen\n", plugin.effectName().c_str(), host.width(),
                 host.height(), firstFrame);
     std::fflush(stdout);
+    // After the first frame, as a user does: the window hidden with the editor left open
+    // (Ardour's close), or the editor closed while the host goes on.
+    if (o.hidden) host.setShown(false);
+    if (o.closedEditor) host.closeEditor();
+    const char* state = o.closedEditor ? "closed" : o.hidden ? "hidden" : "open";
     const double cpuBefore = cpuSeconds();
+    const double threadBefore = cpuSeconds(RUSAGE_THREAD);
     // A menu left open must not keep the run from ending on time or on a signal.
     host.endBy(o.seconds);
     if (o.trace)
@@ -301,8 +316,10 @@ void edit(HostedPlugin& plugin, const Options& o) {
     else
         host.run(o.seconds);
     if (o.cpu && o.seconds > 0) {
-        std::printf("%s: %.3f s of CPU in %.1f s with the editor open (%.2f%%)\n", plugin.effectName().c_str(),
-                    cpuSeconds() - cpuBefore, o.seconds, 100 * (cpuSeconds() - cpuBefore) / o.seconds);
+        const double used = cpuSeconds() - cpuBefore, thread = cpuSeconds(RUSAGE_THREAD) - threadBefore;
+        std::printf("%s: %.3f s of CPU in %.1f s with the editor %s (%.2f%%); the host's GUI thread %.3f s (%.2f%%)\n",
+                    plugin.effectName().c_str(), used, o.seconds, state, 100 * used / o.seconds, thread,
+                    100 * thread / o.seconds);
         std::printf("%s: resident memory %.1f MiB before the editor opened, %+.1f MiB with it open\n",
                     plugin.effectName().c_str(), residentBefore, residentMiB() - residentBefore);
     }
