@@ -1,3 +1,7 @@
+// The window system's side of the editor in one file, longer than most: the editor window,
+// its helper windows, the modal loop, the grabs and the rest while unseen all work on the
+// same connection and the same few fields, and split apart they would each reach into
+// the others.
 #include "platform/X11Window.h"
 
 #include <X11/Xatom.h>

@@ -1,3 +1,6 @@
+// The host's whole side of the CLAP format in one file, longer than most: the host record,
+// its extensions, the event lists and the state streams are small and all serve the one
+// hosted instance.
 #include "tools/claphost/HostedClap.h"
 
 #include <dlfcn.h>
