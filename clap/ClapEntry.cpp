@@ -120,8 +120,10 @@ const clap_plugin_gui_t guiExtension{
             return 0;
         });
     },
-    // The editor is drawn at its own size in pixels; a host's scale is not taken.
-    [](const clap_plugin_t*, double) { return false; },
+    // The host's scale: the editor is drawn anew at the nearest zoom, never scaled up.
+    [](const clap_plugin_t* p, double scale) {
+        return withGui(p, "gui.set_scale", false, [&](ClapGui& g) { return g.setScale(scale); });
+    },
     [](const clap_plugin_t* p, std::uint32_t* width, std::uint32_t* height) {
         return withGui(p, "gui.get_size", false, [&](ClapGui& g) { return g.size(width, height); });
     },

@@ -1,5 +1,6 @@
 #include "clap/ClapGui.h"
 
+#include <cmath>
 #include <cstring>
 
 namespace tw::clap {
@@ -9,6 +10,13 @@ ClapGui::ClapGui(Instance& instance, const EditorFactory& factory, const clap_ho
     if (host_->get_extension)
         timers_ = static_cast<const clap_host_timer_support_t*>(host_->get_extension(host_, CLAP_EXT_TIMER_SUPPORT));
     if (timers_ && (!timers_->register_timer || !timers_->unregister_timer)) timers_ = nullptr;
+    if (host_->get_extension)
+        hostGui_ = static_cast<const clap_host_gui_t*>(host_->get_extension(host_, CLAP_EXT_GUI));
+    // A zoom picked with the editor open asks the host for the new size.
+    editor_.setResizeRequest([this](std::int32_t width, std::int32_t height) {
+        return hostGui_ != nullptr && hostGui_->request_resize != nullptr &&
+               hostGui_->request_resize(host_, static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
+    });
 }
 
 ClapGui::~ClapGui() { destroy(); }
@@ -36,7 +44,13 @@ void ClapGui::destroy() {
     editor_.close();
 }
 
-bool ClapGui::size(std::uint32_t* width, std::uint32_t* height) const {
+bool ClapGui::setScale(double scale) {
+    if (!(scale > 0) || !std::isfinite(scale)) return false;
+    editor_.setHostScale(scale);
+    return true;
+}
+
+bool ClapGui::size(std::uint32_t* width, std::uint32_t* height) {
     if (width == nullptr || height == nullptr) return false;
     const IntRect r = editor_.size();
     *width = static_cast<std::uint32_t>(r.width);

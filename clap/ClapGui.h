@@ -29,7 +29,9 @@ public:
     static bool isApiSupported(const char* api, bool isFloating);
     bool create(const char* api, bool isFloating);
     void destroy();
-    bool size(std::uint32_t* width, std::uint32_t* height) const;
+    bool size(std::uint32_t* width, std::uint32_t* height);
+    // The host's scale, 1 for 100 %; false for one that is no scale at all.
+    bool setScale(double scale);
     bool setParent(const clap_window_t* window);
     bool show();
     bool hide();
@@ -43,6 +45,7 @@ private:
     clap_id timer_ = CLAP_INVALID_ID;
     bool created_ = false;
     Editor editor_;
+    const clap_host_gui_t* hostGui_ = nullptr;
 };
 
 }  // namespace tw::clap

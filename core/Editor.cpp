@@ -4,8 +4,11 @@
 #include <thread>
 
 #include "cushy/StringTable.h"
+#include "editor/ZoomChoice.h"
 #include "graphics/ResourceManager.h"
 #include "patch/ModelFactory.h"
+#include "patch/Prefs.h"
+#include "platform/DesktopScale.h"
 #include "platform/Folders.h"
 
 namespace tw {
@@ -31,7 +34,63 @@ SharedResources& sharedResources(const std::string& modelName) {
 }  // namespace
 
 Editor::Editor(ModelServices& services, const EditorFactory& factory)
-    : services_(services), factory_(factory), size_(factory.getEditorSize()) {}
+    : services_(services), factory_(factory), baseSize_(factory.getEditorSize()) {}
+
+const Zoom& Editor::zoom() {
+    if (!zoom_) zoom_ = openingZoom();
+    return *zoom_;
+}
+
+IntRect Editor::size() {
+    const Zoom& z = zoom();
+    return IntRect{0, 0, z.length(baseSize_.width), z.length(baseSize_.height)};
+}
+
+Zoom Editor::openingZoom() const {
+    ZoomSources sources;
+    sources.host = hostScale_;
+    {
+        const Prefs prefs(services_.getFactory().getDescriptor());
+        sources.user = userZoom(prefs);
+    }
+    sources.desktop = desktopScale(readDesktopSettings());
+    return chooseZoom(sources);
+}
+
+void Editor::setHostScale(double scale) {
+    std::lock_guard<std::recursive_mutex> lock(lock_);
+    hostScale_ = hostScaleFactor(scale);
+    if (controller_) rezoom(openingZoom());
+    else zoom_.reset();
+}
+
+void Editor::rezoom(const Zoom& zoom) {
+    if (!controller_ || zoom == controller_->zoom()) return;
+    const Zoom before = *zoom_;
+    zoom_ = zoom;
+    const IntRect wanted = size();
+    if (!resizeRequest_ || !resizeRequest_(wanted.width, wanted.height)) {
+        zoom_ = before;
+        controller_->showStatus(controller_->translate(controller_->rootView(), "The host keeps the editor at its size."));
+        return;
+    }
+    try {
+        controller_->saveChanges();
+    } catch (const std::exception&) {
+        // As at close: the startup bank is a convenience.
+    }
+    {
+        std::lock_guard<std::mutex> guard(stoppableLock_);
+        stoppable_ = nullptr;
+    }
+    controller_->close();
+    window_.reset();
+    controller_->setZoom(zoom);
+    window_ = EditorWindow::open(controller_->client(), parent_, wanted.width, wanted.height);
+    controller_->open(window_.get());
+    std::lock_guard<std::mutex> guard(stoppableLock_);
+    stoppable_ = window_.get();
+}
 
 Editor::~Editor() {
     std::unique_lock<std::recursive_mutex> lock(lock_, std::defer_lock);
@@ -90,6 +149,17 @@ void Editor::idle() {
         }
         // Our server went away: nothing of the editor can be shown any more.
         if (closeWanted_.exchange(false) || (window_ && window_->disconnected())) closeNow();
+        // A zoom picked in the menu: the menu and its action are over by now.
+        if (zoomPicked_ && window_ && !window_->busy()) {
+            zoomPicked_ = false;
+            ZoomSources sources;
+            {
+                const Prefs prefs(services_.getFactory().getDescriptor());
+                sources.user = userZoom(prefs);
+            }
+            if (!sources.user) sources.desktop = desktopScale(readDesktopSettings());
+            rezoom(chooseZoom(sources));
+        }
     }
     reap();
 }
@@ -108,7 +178,12 @@ bool Editor::open(std::uintptr_t parent) {
     closeWanted_.store(false);
     SharedResources& shared = sharedResources(services_.getFactory().getDescriptor().modelName);
     auto controller = factory_.createController(services_, shared.resources, shared.strings);
-    window_ = EditorWindow::open(controller->client(), parent, size_.width, size_.height);
+    zoom_ = openingZoom();
+    controller->setZoom(*zoom_);
+    controller->onZoomChosen([this] { zoomPicked_ = true; });
+    parent_ = parent;
+    const IntRect shown = size();
+    window_ = EditorWindow::open(controller->client(), parent, shown.width, shown.height);
     controller_ = std::move(controller);
     controller_->open(window_.get());
     std::lock_guard<std::mutex> guard(stoppableLock_);

@@ -9,12 +9,15 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "editor/EditorFactory.h"
+#include "cushy/LayoutZoom.h"
 #include "editor/ModelController.h"
 #include "graphics/IntRect.h"
 #include "patch/ModelServices.h"
@@ -29,8 +32,17 @@ public:
     Editor(const Editor&) = delete;
     Editor& operator=(const Editor&) = delete;
 
-    // The editor's size in pixels, at its origin.
-    IntRect size() const { return size_; }
+    // The editor's size in pixels, at its origin, at the zoom it opens (or is open) at.
+    IntRect size();
+    // The scale the host draws its own windows at (1 is 100 %), when it says one: it comes
+    // before the user's choice and the desktop's. An open editor takes it at once.
+    void setHostScale(double scale);
+    // How the editor asks the host for a new size when the user picks another zoom:
+    // answers whether the host took it. Without one, the zoom can't change while open.
+    void setResizeRequest(std::function<bool(std::int32_t width, std::int32_t height)> request) {
+        resizeRequest_ = std::move(request);
+    }
+    const Zoom& zoom();
     // Opens the editor as a child of the host's X window `parent`, closing one already open.
     bool open(std::uintptr_t parent);
     // Runs what is due: timers, the window's events, windows closed while busy, and a
@@ -49,6 +61,11 @@ public:
 
 private:
     void closeNow();
+    // The zoom an editor opens at now: the host's scale, the user's choice, the desktop's.
+    Zoom openingZoom() const;
+    // Redraws the open editor at `zoom` in the same parent, when the host takes the size;
+    // else the zoom stays and the status line says why.
+    void rezoom(const Zoom& zoom);
     // Takes the editor's lock, asking a modal loop on another thread to end first.
     // False when that thread does not let go in time: the caller then leaves all alone.
     bool lockForClose(std::unique_lock<std::recursive_mutex>& lock);
@@ -64,7 +81,13 @@ private:
 
     ModelServices& services_;
     const EditorFactory& factory_;
-    IntRect size_;
+    IntRect baseSize_;
+    std::optional<Zoom> zoom_;
+    std::optional<double> hostScale_;
+    std::function<bool(std::int32_t, std::int32_t)> resizeRequest_;
+    std::uintptr_t parent_ = 0;
+    // The user picked a zoom in the menu; carried out at the next idle call.
+    bool zoomPicked_ = false;
     std::unique_ptr<ModelController> controller_;
     std::unique_ptr<EditorWindow> window_;
     // Closed by the host from inside one of their own calls; destroyed when it returns.

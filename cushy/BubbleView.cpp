@@ -369,7 +369,7 @@ void BubbleView::tick(std::uint32_t now) {
 }
 
 void BubbleView::startMove(const Step& step) {
-    const SpecRect r = parseBounds(step.action, SpecRect{frame_.left, frame_.top, std::int32_t(frame_.right()),
+    const SpecRect r = parseBounds(layout_.zoom().zoomRect(step.action), SpecRect{frame_.left, frame_.top, std::int32_t(frame_.right()),
                                                          std::int32_t(frame_.bottom())});
     const IntRect target{r.left, r.top, std::max(r.right - r.left, 0), std::max(r.bottom - r.top, 0)};
     const double time = step.time.empty() ? moveTime_ : leadingDouble(step.time, 0.0);

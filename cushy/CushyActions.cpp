@@ -148,12 +148,14 @@ void alertAction(CushyView& view, const std::string& params) {
 // Where a "hint" or "popup" goes, in the window's coordinates: `position` in the layout's
 // coordinates, else the last click plus `offset`.
 ViewPoint placement(CushyView& view, const SpecMap& map, std::pair<std::int32_t, std::int32_t> defaultOffset) {
+    // Actions are written for the layout at 100 %, like the layout itself.
+    const Zoom& zoom = view.zoom();
     if (has(map, "position")) {
         const auto [x, y] = parseIntPair(lookup(map, "position"), {0, 0});
-        return {view.screenFrame().left + x, view.screenFrame().top + y};
+        return {view.screenFrame().left + zoom.length(x), view.screenFrame().top + zoom.length(y)};
     }
     const auto [dx, dy] = parseIntPair(lookup(map, "offset"), defaultOffset);
-    return {view.lastClick().x + dx, view.lastClick().y + dy};
+    return {view.lastClick().x + zoom.length(dx), view.lastClick().y + zoom.length(dy)};
 }
 
 void hintAction(CushyView& view, const std::string& params) {

@@ -109,7 +109,7 @@ void CushyView::load(const std::string& name) {
         if (window_ != nullptr) startTimers();
         return;
     }
-    const SpecMap layout = parseMap(host_->layoutSource(*this, name));
+    const SpecMap layout = zoom_.zoomLayout(parseMap(host_->layoutSource(*this, name)));
     build(layout);
     for (const std::string& item : parseList(lookup(layout, "autoexecs"))) {
         const SpecMap spec = parseMap(item);

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "cushy/ContainerView.h"
+#include "cushy/LayoutZoom.h"
 #include "platform/TimerQueue.h"
 #include "speclang/SpecLanguage.h"
 
@@ -89,6 +90,11 @@ public:
     const std::string& layoutVariable() const { return layoutVariable_; }
     const std::string& currentLayout() const { return currentLayout_; }
 
+    // The zoom its layouts are drawn at; a layout shown inside this one takes it too. Set
+    // before the first load.
+    const Zoom& zoom() const { return zoom_; }
+    void setZoom(const Zoom& zoom) { zoom_ = zoom; }
+
     CushyHost& host() const { return *host_; }
     const IntRect& defaultRect() const { return defaultRect_; }
     const std::shared_ptr<HintWindow>& hintWindow() const { return hintWindow_; }
@@ -137,6 +143,7 @@ private:
     std::vector<std::string> pendingErrors_;
     std::string layoutVariable_;
     std::string currentLayout_;
+    Zoom zoom_;
 };
 
 }  // namespace tw

@@ -2,9 +2,11 @@
 
 #include "graphics/Rasterize.h"
 #include "cushy/CushyHost.h"
+#include "cushy/CushyView.h"
 #include "graphics/Solid.h"
 #include "speclang/SpecQuote.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace tw {
@@ -16,17 +18,19 @@ void fillRect(Raster32& canvas, const IntRect& rect, std::uint32_t colour) {
     blend32(solid, canvas);
 }
 
-void frameRect(Raster32& canvas, const IntRect& rect, std::uint32_t colour) {
+void frameRect(Raster32& canvas, const IntRect& rect, std::uint32_t colour, std::int32_t width) {
     if (rect.isEmpty()) return;
-    fillRect(canvas, {rect.left, rect.top, rect.width, 1}, colour);
-    fillRect(canvas, {rect.left, rect.top + rect.height - 1, rect.width, 1}, colour);
-    fillRect(canvas, {rect.left, rect.top + 1, 1, rect.height - 2}, colour);
-    fillRect(canvas, {rect.left + rect.width - 1, rect.top + 1, 1, rect.height - 2}, colour);
+    const std::int32_t w = std::min({width, rect.width / 2, rect.height / 2});
+    if (w <= 0) return fillRect(canvas, rect, colour);
+    fillRect(canvas, {rect.left, rect.top, rect.width, w}, colour);
+    fillRect(canvas, {rect.left, rect.top + rect.height - w, rect.width, w}, colour);
+    fillRect(canvas, {rect.left, rect.top + w, w, rect.height - 2 * w}, colour);
+    fillRect(canvas, {rect.left + rect.width - w, rect.top + w, w, rect.height - 2 * w}, colour);
 }
 
-void drawPanel(Raster32& canvas, const IntRect& rect) {
+void drawPanel(Raster32& canvas, const IntRect& rect, std::int32_t edge) {
     fillRect(canvas, rect, panel);
-    frameRect(canvas, rect, panelEdge);
+    frameRect(canvas, rect, panelEdge, edge);
 }
 
 }  // namespace look
@@ -34,10 +38,10 @@ void drawPanel(Raster32& canvas, const IntRect& rect) {
 HelperFonts HelperFonts::load(CushyHost& host, CushyView& view) {
     auto font = [&](std::uint32_t colour) {
         char spec[64];
-        std::snprintf(spec, sizeof spec, "{ color: 0x%08X }", unsigned(colour));
+        std::snprintf(spec, sizeof spec, "{ color: 0x%08X, zoom: %d }", unsigned(colour), int(view.zoom().percent()));
         return host.font(view, spec);
     };
-    return HelperFonts{font(look::text), font(look::dimText), font(look::accentText)};
+    return HelperFonts{font(look::text), font(look::dimText), font(look::accentText), view.zoom()};
 }
 
 std::int32_t drawText(Raster32& canvas, Font& font, std::int32_t x, std::int32_t baseline, const std::string& utf8) {
@@ -60,7 +64,7 @@ void drawButton(Raster32& canvas, const IntRect& rect, const std::string& label,
         fillRect(canvas, rect, accent);
     } else {
         fillRect(canvas, rect, field);
-        frameRect(canvas, rect, panelEdge);
+        frameRect(canvas, rect, panelEdge, fonts.line());
     }
     Font& font = isDefault ? *fonts.onAccent : *fonts.regular;
     std::int32_t height, ascent;

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "cushy/LayoutZoom.h"
 #include "graphics/Font.h"
 #include "graphics/Raster.h"
 
@@ -27,17 +28,22 @@ constexpr std::uint32_t field = 0xFF0B1620;
 constexpr std::uint32_t selection = 0xFF1F6F78;
 
 void fillRect(Raster32& canvas, const IntRect& rect, std::uint32_t colour);
-// A one-pixel line just inside the rectangle.
-void frameRect(Raster32& canvas, const IntRect& rect, std::uint32_t colour);
-// A panel: the fill and its lighter edge.
-void drawPanel(Raster32& canvas, const IntRect& rect);
+// A line of `width` pixels just inside the rectangle.
+void frameRect(Raster32& canvas, const IntRect& rect, std::uint32_t colour, std::int32_t width = 1);
+// A panel: the fill and its lighter edge, `edge` pixels wide.
+void drawPanel(Raster32& canvas, const IntRect& rect, std::int32_t edge = 1);
 
 }  // namespace look
 
 // The fonts the helper windows draw with: the product's own small font (a font spec with
-// neither film nor fnt) in the text colour, the dim colour and the colour on the accent.
+// neither film nor fnt) in the text colour, the dim colour and the colour on the accent,
+// made at the zoom of the layout that opens the window, which the window's sizes follow.
 struct HelperFonts {
     std::shared_ptr<Font> regular, dim, onAccent;
+    Zoom zoom;
+    // A length of the window at 100 %, at the zoom; a line width never under one pixel.
+    std::int32_t px(double units) const { return zoom.length(units); }
+    std::int32_t line() const { return zoom.lineWidth(1); }
 
     static HelperFonts load(CushyHost& host, CushyView& view);
 };

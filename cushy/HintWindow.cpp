@@ -5,14 +5,13 @@
 
 namespace tw {
 
-HintWindow::HintWindow(std::shared_ptr<Font> font, std::int32_t textX, std::int32_t textY)
-    : font_(std::move(font)), textX_(textX), textY_(textY) {}
+HintWindow::HintWindow(std::shared_ptr<Font> font, const Zoom& zoom) : font_(std::move(font)), zoom_(zoom) {}
 
 HintWindow::~HintWindow() {
     if (armed_ && ownerWindow_ != nullptr) ownerWindow_->timers().cancel(this);
 }
 
-std::int32_t HintWindow::width() const { return textWidth(*font_, text_) + 6; }
+std::int32_t HintWindow::width() const { return textWidth(*font_, text_) + zoom_.length(6); }
 
 void HintWindow::arm(View& owner, const std::string& text, std::int32_t x, std::int32_t y) {
     if (owner.window() == nullptr) return;
@@ -94,8 +93,9 @@ void HintWindow::show() {
 void HintWindow::paint(const PixelTile& tile) {
     Raster32 canvas(tile.pixels, tile.stride, IntRect{tile.left, tile.top, tile.width, tile.height});
     look::fillRect(canvas, canvas.bounds(), look::panel);
-    look::frameRect(canvas, IntRect{0, 0, width(), height()}, look::accent);
-    drawText(canvas, *font_, textX_, textY_, text_);
+    look::frameRect(canvas, IntRect{0, 0, width(), height()}, look::accent, zoom_.lineWidth(1));
+    // The baseline sits where the 11-pixel font's does in a 16-pixel window at 100 %.
+    drawText(canvas, *font_, zoom_.length(2), zoom_.length(12), text_);
 }
 
 }  // namespace tw

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "cushy/LayoutZoom.h"
 #include "graphics/Font.h"
 #include "platform/TimerQueue.h"
 #include "platform/Window.h"
@@ -18,8 +19,8 @@ class View;
 
 class HintWindow final : public WindowClient, public TimerHandler {
 public:
-    // `textX`, `textY`: where the text's baseline starts inside the window.
-    HintWindow(std::shared_ptr<Font> font, std::int32_t textX, std::int32_t textY);
+    // `font` made at the zoom of the editor it serves; the window's lengths follow the zoom.
+    HintWindow(std::shared_ptr<Font> font, const Zoom& zoom);
     ~HintWindow();
     HintWindow(const HintWindow&) = delete;
     HintWindow& operator=(const HintWindow&) = delete;
@@ -43,9 +44,9 @@ public:
     bool showing() const { return showing_; }
     const View* owner() const { return owner_; }
     const std::string& text() const { return text_; }
-    // The client size for the text: its width + 6 by 16 pixels.
+    // The client size for the text: its width + 6 by 16 pixels at 100 %.
     std::int32_t width() const;
-    std::int32_t height() const { return 16; }
+    std::int32_t height() const { return zoom_.length(16); }
 
     void paint(const PixelTile& tile) override;
     void timerFired(TimerQueue& queue, std::uint32_t due, std::uint32_t now, int id) override;
@@ -54,7 +55,7 @@ private:
     void show();
 
     std::shared_ptr<Font> font_;
-    std::int32_t textX_, textY_;
+    Zoom zoom_;
     View* owner_ = nullptr;
     Window* ownerWindow_ = nullptr;   // the window the hint's point and timer belong to
     std::string text_;

@@ -24,7 +24,7 @@ constexpr std::int32_t wheelPixels = 8;
 }  // namespace
 
 KnobView::KnobView(CushyView& layout, const IntRect& rect, const SpecMap& spec)
-    : ValueControlView(layout, spec) {
+    : ValueControlView(layout, spec), zoom_(layout.zoom().factor()) {
     CushyHost& host = layout.host();
     const auto [lower, upper] = parsePair(lookup(spec, "range"), {0, 1});
     value_.lower = lower, value_.upper = upper;
@@ -162,8 +162,10 @@ double KnobView::snapped(double value, double step) const {
 
 double KnobView::dragValue(const MouseEvent& event) const {
     const double r = resolution_;
-    const double dx = std::floor((event.x - grab_.x) / r + 0.5);
-    const double dy = std::floor((grab_.y - event.y) / r + 0.5);
+    // A drag is measured in the layout's own pixels, so a knob turns as far for the same
+    // hand movement on the screen at every zoom.
+    const double dx = std::floor((event.x - grab_.x) / zoom_ / r + 0.5);
+    const double dy = std::floor((grab_.y - event.y) / zoom_ / r + 0.5);
     const double vStep = event.shift ? verticalFine_ : verticalStep_;
     const double hStep = event.shift ? horizontalFine_ : horizontalStep_;
     const double value = grab_.value + (value_.upper - value_.lower) * (dy * vStep + dx * hStep);

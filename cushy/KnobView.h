@@ -55,6 +55,7 @@ private:
     double sweepStart_, sweepExtent_;  // radians, 0 straight up, clockwise
     // Drag gearing: fractions of the range per step of `resolution_` pixels.
     std::int32_t resolution_ = 1;
+    double zoom_ = 1;
     double verticalStep_ = 0.005, horizontalStep_ = 0.005;
     double verticalFine_ = 0.0005, horizontalFine_ = 0.0005;
     std::optional<double> snapValue_;

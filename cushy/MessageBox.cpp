@@ -8,16 +8,9 @@ namespace tw {
 
 namespace {
 
-constexpr std::int32_t margin = 14;
-constexpr std::int32_t lineHeight = 15;
-constexpr std::int32_t iconSize = 28;
-constexpr std::int32_t buttonWidth = 72;
-constexpr std::int32_t buttonHeight = 22;
-constexpr std::int32_t buttonGap = 8;
-constexpr std::int32_t maxTextWidth = 360;
 
 // Lines of the text: its own line ends, then words wrapped to the width.
-std::vector<std::string> wrap(const Font& font, const std::string& text) {
+std::vector<std::string> wrap(const Font& font, const std::string& text, std::int32_t maxTextWidth) {
     std::vector<std::string> lines;
     std::size_t start = 0;
     while (start <= text.size()) {
@@ -93,20 +86,22 @@ std::string_view buttonLabel(AlertButton button) {
 
 MessageBox::MessageBox(HelperFonts fonts, std::string text, AlertType type, AlertButtons buttons,
                        AlertButton defaultButton)
-    : fonts_(std::move(fonts)), type_(type), buttons_(buttonsOf(buttons)) {
-    lines_ = wrap(*fonts_.regular, text);
+    : fonts_(std::move(fonts)),
+      sizes_{fonts_.px(14), fonts_.px(15), fonts_.px(28), fonts_.px(72), fonts_.px(22), fonts_.px(8), fonts_.px(360)},
+      type_(type), buttons_(buttonsOf(buttons)) {
+    lines_ = wrap(*fonts_.regular, text, sizes_.maxTextWidth);
     // The default is the button of that name in the set, else the first.
     const auto found = std::find(buttons_.begin(), buttons_.end(), defaultButton);
     focus_ = found == buttons_.end() ? 0 : std::size_t(found - buttons_.begin());
     std::int32_t textWidthMax = 0;
     for (const std::string& line : lines_) textWidthMax = std::max(textWidthMax, textWidth(*fonts_.regular, line));
-    const std::int32_t iconSpace = type_ == AlertType::plain ? 0 : iconSize + margin;
-    const std::int32_t rowWidth = std::int32_t(buttons_.size()) * (buttonWidth + buttonGap) - buttonGap;
-    width_ = std::max(margin * 2 + iconSpace + textWidthMax, margin * 2 + rowWidth);
-    width_ = std::max(width_, 200);
-    const std::int32_t textHeight = std::max<std::int32_t>(std::int32_t(lines_.size()) * lineHeight,
-                                                           type_ == AlertType::plain ? 0 : iconSize);
-    height_ = margin + textHeight + margin + buttonHeight + margin;
+    const std::int32_t iconSpace = type_ == AlertType::plain ? 0 : sizes_.iconSize + sizes_.margin;
+    const std::int32_t rowWidth = std::int32_t(buttons_.size()) * (sizes_.buttonWidth + sizes_.buttonGap) - sizes_.buttonGap;
+    width_ = std::max(sizes_.margin * 2 + iconSpace + textWidthMax, sizes_.margin * 2 + rowWidth);
+    width_ = std::max(width_, fonts_.px(200));
+    const std::int32_t textHeight = std::max<std::int32_t>(std::int32_t(lines_.size()) * sizes_.lineHeight,
+                                                           type_ == AlertType::plain ? 0 : sizes_.iconSize);
+    height_ = sizes_.margin + textHeight + sizes_.margin + sizes_.buttonHeight + sizes_.margin;
 }
 
 IntRect MessageBox::buttonRect(AlertButton button) const {
@@ -114,27 +109,27 @@ IntRect MessageBox::buttonRect(AlertButton button) const {
     if (found == buttons_.end()) return {};
     const std::int32_t index = std::int32_t(found - buttons_.begin());
     const std::int32_t count = std::int32_t(buttons_.size());
-    const std::int32_t left = width_ - margin - count * (buttonWidth + buttonGap) + buttonGap;
-    return {left + index * (buttonWidth + buttonGap), height_ - margin - buttonHeight, buttonWidth, buttonHeight};
+    const std::int32_t left = width_ - sizes_.margin - count * (sizes_.buttonWidth + sizes_.buttonGap) + sizes_.buttonGap;
+    return {left + index * (sizes_.buttonWidth + sizes_.buttonGap), height_ - sizes_.margin - sizes_.buttonHeight, sizes_.buttonWidth, sizes_.buttonHeight};
 }
 
 void MessageBox::paint(const PixelTile& tile) {
     Raster32 canvas(tile.pixels, tile.stride, IntRect{tile.left, tile.top, tile.width, tile.height});
-    look::drawPanel(canvas, IntRect{0, 0, width_, height_});
-    std::int32_t textLeft = margin;
+    look::drawPanel(canvas, IntRect{0, 0, width_, height_}, fonts_.line());
+    std::int32_t textLeft = sizes_.margin;
     if (type_ != AlertType::plain) {
-        const IntRect icon{margin, margin, iconSize, iconSize};
+        const IntRect icon{sizes_.margin, sizes_.margin, sizes_.iconSize, sizes_.iconSize};
         look::fillRect(canvas, icon, iconColour(type_));
         std::int32_t glyphHeight, glyphAscent;
         fonts_.onAccent->getMetrics(glyphHeight, glyphAscent);
-        drawText(canvas, *fonts_.onAccent, icon.left + (iconSize - textWidth(*fonts_.onAccent, iconGlyph(type_))) / 2,
-                 icon.top + (iconSize - glyphHeight) / 2 + glyphAscent, iconGlyph(type_));
-        textLeft += iconSize + margin;
+        drawText(canvas, *fonts_.onAccent, icon.left + (sizes_.iconSize - textWidth(*fonts_.onAccent, iconGlyph(type_))) / 2,
+                 icon.top + (sizes_.iconSize - glyphHeight) / 2 + glyphAscent, iconGlyph(type_));
+        textLeft += sizes_.iconSize + sizes_.margin;
     }
     std::int32_t height, ascent;
     fonts_.regular->getMetrics(height, ascent);
     for (std::size_t i = 0; i < lines_.size(); ++i)
-        drawText(canvas, *fonts_.regular, textLeft, margin + std::int32_t(i) * lineHeight + ascent, lines_[i]);
+        drawText(canvas, *fonts_.regular, textLeft, sizes_.margin + std::int32_t(i) * sizes_.lineHeight + ascent, lines_[i]);
     for (std::size_t i = 0; i < buttons_.size(); ++i)
         look::drawButton(canvas, buttonRect(buttons_[i]), std::string(buttonLabel(buttons_[i])), i == focus_, fonts_);
 }

@@ -49,6 +49,10 @@ private:
     void choose(AlertButton button);
 
     HelperFonts fonts_;
+    // The window's lengths at its zoom.
+    struct Sizes {
+        std::int32_t margin, lineHeight, iconSize, buttonWidth, buttonHeight, buttonGap, maxTextWidth;
+    } sizes_;
     std::vector<std::string> lines_;
     AlertType type_;
     std::vector<AlertButton> buttons_;

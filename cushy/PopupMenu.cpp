@@ -6,13 +6,7 @@ namespace tw {
 
 namespace {
 
-constexpr std::int32_t itemHeight = 20;
-constexpr std::int32_t separatorHeight = 7;
-constexpr std::int32_t checkColumn = 20;
-constexpr std::int32_t rightMargin = 16;
-constexpr std::int32_t border = 3;
-// The strips with the arrows of a menu that scrolls, and their pace under the pointer.
-constexpr std::int32_t arrowHeight = 14;
+// The strips with the arrows of a menu that scrolls keep this pace under the pointer.
 constexpr std::uint32_t arrowRepeatMs = 40;
 
 char lowerAscii(char32_t c) { return c < 128 ? char(c >= 'A' && c <= 'Z' ? c + 32 : c) : '\0'; }
@@ -32,28 +26,33 @@ std::string PopupMenu::plainCaption(const std::string& caption, std::int32_t& ac
     return out;
 }
 
-PopupMenu::PopupMenu(HelperFonts fonts, std::vector<MenuItem> items) : fonts_(std::move(fonts)), items_(std::move(items)) {
-    std::int32_t y = border;
-    std::int32_t widest = 60;
+PopupMenu::Sizes PopupMenu::Sizes::at(const HelperFonts& f) {
+    return Sizes{f.px(20), f.px(7), f.px(20), f.px(16), f.px(3), f.px(14)};
+}
+
+PopupMenu::PopupMenu(HelperFonts fonts, std::vector<MenuItem> items)
+    : fonts_(std::move(fonts)), sizes_(Sizes::at(fonts_)), items_(std::move(items)) {
+    std::int32_t y = sizes_.border;
+    std::int32_t widest = fonts_.px(60);
     for (const MenuItem& item : items_) {
         tops_.push_back(y);
-        y += item.separator ? separatorHeight : itemHeight;
+        y += item.separator ? sizes_.separatorHeight : sizes_.itemHeight;
         std::int32_t access;
         if (!item.separator) widest = std::max(widest, textWidth(*fonts_.regular, plainCaption(item.caption, access)));
     }
-    width_ = checkColumn + widest + rightMargin;
-    height_ = y + border;
+    width_ = sizes_.checkColumn + widest + sizes_.rightMargin;
+    height_ = y + sizes_.border;
     shownHeight_ = height_;
 }
 
 void PopupMenu::fitHeight(std::int32_t available) {
     offset_ = 0;
-    shownHeight_ = height_ <= available ? height_ : std::max(available, 2 * arrowHeight + 2 * border + itemHeight);
+    shownHeight_ = height_ <= available ? height_ : std::max(available, 2 * sizes_.arrowHeight + 2 * sizes_.border + sizes_.itemHeight);
 }
 
-std::int32_t PopupMenu::listTop() const { return scrolls() ? arrowHeight : 0; }
+std::int32_t PopupMenu::listTop() const { return scrolls() ? sizes_.arrowHeight : 0; }
 
-std::int32_t PopupMenu::listBottom() const { return scrolls() ? shownHeight_ - arrowHeight : shownHeight_; }
+std::int32_t PopupMenu::listBottom() const { return scrolls() ? shownHeight_ - sizes_.arrowHeight : shownHeight_; }
 
 int PopupMenu::arrowAt(std::int32_t y) const {
     if (!scrolls()) return 0;
@@ -62,7 +61,7 @@ int PopupMenu::arrowAt(std::int32_t y) const {
 
 IntRect PopupMenu::itemRect(std::size_t index) const {
     const MenuItem& item = items_[index];
-    return {border, tops_[index] - offset_ + listTop(), width_ - 2 * border, item.separator ? separatorHeight : itemHeight};
+    return {sizes_.border, tops_[index] - offset_ + listTop(), width_ - 2 * sizes_.border, item.separator ? sizes_.separatorHeight : sizes_.itemHeight};
 }
 
 void PopupMenu::scrollBy(std::int32_t pixels) {
@@ -77,9 +76,9 @@ void PopupMenu::showItem(std::int32_t index) {
     if (!scrolls() || index < 0) return;
     const IntRect r = itemRect(std::size_t(index));
     if (r.top < listTop())
-        scrollBy(r.top - listTop() - (index == 0 ? border : 0));
+        scrollBy(r.top - listTop() - (index == 0 ? sizes_.border : 0));
     else if (r.bottom() > listBottom())
-        scrollBy(std::int32_t(r.bottom() - listBottom()) + (std::size_t(index) + 1 == items_.size() ? border : 0));
+        scrollBy(std::int32_t(r.bottom() - listBottom()) + (std::size_t(index) + 1 == items_.size() ? sizes_.border : 0));
 }
 
 std::int32_t PopupMenu::itemAt(std::int32_t x, std::int32_t y) const {
@@ -114,14 +113,14 @@ std::int32_t PopupMenu::track(Window& window, std::int32_t x, std::int32_t y) {
 void PopupMenu::paint(const PixelTile& tile) {
     const IntRect tileRect{tile.left, tile.top, tile.width, tile.height};
     Raster32 whole(tile.pixels, tile.stride, tileRect);
-    look::drawPanel(whole, IntRect{0, 0, width_, shownHeight_});
+    look::drawPanel(whole, IntRect{0, 0, width_, shownHeight_}, fonts_.line());
     if (scrolls()) {
         // Each arrow a small triangle of rows, greyed at its end of the list.
         const std::int32_t most = std::max(0, height_ - (listBottom() - listTop()));
         for (int side : {-1, 1}) {
             const bool live = side < 0 ? offset_ > 0 : offset_ < most;
             const std::uint32_t colour = live ? look::text : look::dimText;
-            const std::int32_t middle = side < 0 ? arrowHeight / 2 : shownHeight_ - arrowHeight / 2;
+            const std::int32_t middle = side < 0 ? sizes_.arrowHeight / 2 : shownHeight_ - sizes_.arrowHeight / 2;
             for (std::int32_t row = 0; row < 4; ++row) {
                 const std::int32_t y = side < 0 ? middle - 2 + row : middle + 1 - row;
                 look::fillRect(whole, {width_ / 2 - row, y, 2 * row + 1, 1}, colour);
@@ -140,23 +139,26 @@ void PopupMenu::paint(const PixelTile& tile) {
         const IntRect r = itemRect(i);
         if (r.bottom() <= band.top || r.top >= band.bottom()) continue;
         if (item.separator) {
-            look::fillRect(canvas, {r.left + 4, r.top + separatorHeight / 2, r.width - 8, 1}, look::panelEdge);
+            look::fillRect(canvas, {r.left + fonts_.px(4), r.top + sizes_.separatorHeight / 2, r.width - fonts_.px(8), fonts_.line()},
+                           look::panelEdge);
             continue;
         }
         const bool lit = std::int32_t(i) == highlight_ && item.enabled;
         if (std::int32_t(i) == highlight_) look::fillRect(canvas, r, item.enabled ? look::accent : look::selection);
         Font& font = lit ? *fonts_.onAccent : item.enabled ? *fonts_.regular : *fonts_.dim;
-        const std::int32_t baseline = r.top + (itemHeight - fontHeight) / 2 + ascent;
+        const std::int32_t baseline = r.top + (sizes_.itemHeight - fontHeight) / 2 + ascent;
         if (item.checked) {
             // A small tick drawn as two strokes of square pixels.
             const std::uint32_t colour = lit ? look::accentText : item.enabled ? look::accent : look::dimText;
-            const std::int32_t cx = r.left + 6, cy = r.top + itemHeight / 2;
-            for (std::int32_t k = 0; k < 3; ++k) look::fillRect(canvas, {cx + k, cy + k - 1, 2, 2}, colour);
-            for (std::int32_t k = 0; k < 6; ++k) look::fillRect(canvas, {cx + 3 + k, cy + 1 - k, 2, 2}, colour);
+            const std::int32_t cx = r.left + fonts_.px(6), cy = r.top + sizes_.itemHeight / 2, dot = fonts_.px(2);
+            const std::int32_t unit = std::max(fonts_.px(1), 1);
+            for (std::int32_t k = 0; k < 3; ++k) look::fillRect(canvas, {cx + k * unit, cy + (k - 1) * unit, dot, dot}, colour);
+            for (std::int32_t k = 0; k < 6; ++k)
+                look::fillRect(canvas, {cx + (3 + k) * unit, cy + (1 - k) * unit, dot, dot}, colour);
         }
         std::int32_t access;
         const std::string plain = plainCaption(item.caption, access);
-        const std::int32_t left = r.left + checkColumn - border;
+        const std::int32_t left = r.left + sizes_.checkColumn - sizes_.border;
         drawText(canvas, font, left, baseline, plain);
         if (access >= 0) {
             const std::int32_t before = textWidth(font, plain.substr(0, std::size_t(access)));
@@ -164,7 +166,7 @@ void PopupMenu::paint(const PixelTile& tile) {
             while (std::size_t(access) + length < plain.size() && (plain[std::size_t(access) + length] & 0xC0) == 0x80) ++length;
             const std::int32_t letter = textWidth(font, plain.substr(std::size_t(access), length));
             const std::uint32_t colour = lit ? look::accentText : item.enabled ? look::text : look::dimText;
-            look::fillRect(canvas, {left + before, baseline + 2, std::max(letter - 1, 1), 1}, colour);
+            look::fillRect(canvas, {left + before, baseline + fonts_.px(2), std::max(letter - 1, 1), fonts_.line()}, colour);
         }
     }
 }
@@ -175,12 +177,12 @@ void PopupMenu::repaint() {
 
 void PopupMenu::timerFired(TimerQueue& queue, std::uint32_t due, std::uint32_t, int) {
     if (hoveredArrow_ == 0) return;
-    scrollBy(hoveredArrow_ * itemHeight);
+    scrollBy(hoveredArrow_ * sizes_.itemHeight);
     queue.schedule(this, 0, due + arrowRepeatMs);
 }
 
 void PopupMenu::mouseWheel(const MouseEvent& event) {
-    scrollBy(-event.wheel * 3 * itemHeight);
+    scrollBy(-event.wheel * 3 * sizes_.itemHeight);
     mouseMove(event);
 }
 
@@ -197,7 +199,7 @@ void PopupMenu::mouseMove(const MouseEvent& event) {
         hoveredArrow_ = arrow;
         if (timers_ != nullptr) timers_->cancel(this);
         if (arrow != 0) {
-            scrollBy(arrow * itemHeight);
+            scrollBy(arrow * sizes_.itemHeight);
             if (timers_ != nullptr) timers_->add(this, 0, arrowRepeatMs);
         }
     }
@@ -230,7 +232,7 @@ bool PopupMenu::keyDown(const KeyEvent& event) {
         case Key::pageUp:
         case Key::pageDown: {
             // A screenful of items at a time; at least one.
-            const std::int32_t page = std::max<std::int32_t>(1, (listBottom() - listTop()) / itemHeight - 1);
+            const std::int32_t page = std::max<std::int32_t>(1, (listBottom() - listTop()) / sizes_.itemHeight - 1);
             const int direction = event.key == Key::pageUp ? -1 : 1;
             for (std::int32_t k = 0; k < page; ++k) {
                 const std::int32_t before = highlight_;

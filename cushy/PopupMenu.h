@@ -75,6 +75,11 @@ private:
     void repaint();
 
     HelperFonts fonts_;
+    // The menu's lengths at its zoom.
+    struct Sizes {
+        std::int32_t itemHeight, separatorHeight, checkColumn, rightMargin, border, arrowHeight;
+        static Sizes at(const HelperFonts& fonts);
+    } sizes_;
     std::vector<MenuItem> items_;
     std::vector<std::int32_t> tops_;
     std::int32_t width_ = 0, height_ = 0;  // height_: of all items

@@ -68,7 +68,7 @@ SliderView::SliderView(CushyView& layout, const IntRect& rect, const SpecMap& sp
 
     const SpecMap cap = parseMap(lookup(spec, "cap"));
     capRound_ = capRoundness(lookup(cap, "rounded"));
-    std::tie(capWidth_, capHeight_) = parsePair(lookup(cap, "size"), {12, 12});
+    std::tie(capWidth_, capHeight_) = parsePair(lookup(cap, "size"), {12 * layout.zoom().factor(), 12 * layout.zoom().factor()});
     const double scale = evaluateDouble(lookup(cap, "scale"), 100) / 100;
     capWidth_ *= scale, capHeight_ *= scale;
     capColor_ = parseColor(lookup(cap, "color"), 0);

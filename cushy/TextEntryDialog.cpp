@@ -8,12 +8,6 @@ namespace tw {
 
 namespace {
 
-constexpr std::int32_t margin = 12;
-constexpr std::int32_t fieldHeight = 22;
-constexpr std::int32_t buttonWidth = 72;
-constexpr std::int32_t buttonHeight = 22;
-constexpr std::int32_t promptHeight = 18;
-constexpr std::int32_t textInset = 5;
 
 bool inside(const IntRect& r, std::int32_t x, std::int32_t y) {
     return x >= r.left && x < r.right() && y >= r.top && y < r.bottom();
@@ -22,9 +16,10 @@ bool inside(const IntRect& r, std::int32_t x, std::int32_t y) {
 }  // namespace
 
 TextEntryDialog::TextEntryDialog(HelperFonts fonts, std::string prompt, const std::string& value)
-    : fonts_(std::move(fonts)), prompt_(std::move(prompt)), text_(fromUtf8(value)) {
-    width_ = std::max(width_, textWidth(*fonts_.regular, prompt_) + 2 * margin);
-    height_ = margin + promptHeight + fieldHeight + margin + buttonHeight + margin;
+    : fonts_(std::move(fonts)), sizes_{fonts_.px(12), fonts_.px(22), fonts_.px(72), fonts_.px(22), fonts_.px(18), fonts_.px(5)},
+      prompt_(std::move(prompt)), text_(fromUtf8(value)) {
+    width_ = std::max(fonts_.px(320), textWidth(*fonts_.regular, prompt_) + 2 * sizes_.margin);
+    height_ = sizes_.margin + sizes_.promptHeight + sizes_.fieldHeight + sizes_.margin + sizes_.buttonHeight + sizes_.margin;
     // The whole value starts selected, so that typing replaces it.
     anchor_ = 0;
     cursor_ = text_.size();
@@ -32,14 +27,14 @@ TextEntryDialog::TextEntryDialog(HelperFonts fonts, std::string prompt, const st
 
 std::string TextEntryDialog::value() const { return toUtf8(text_); }
 
-IntRect TextEntryDialog::fieldRect() const { return {margin, margin + promptHeight, width_ - 2 * margin, fieldHeight}; }
+IntRect TextEntryDialog::fieldRect() const { return {sizes_.margin, sizes_.margin + sizes_.promptHeight, width_ - 2 * sizes_.margin, sizes_.fieldHeight}; }
 
 IntRect TextEntryDialog::okRect() const {
-    return {width_ - margin - 2 * buttonWidth - 8, height_ - margin - buttonHeight, buttonWidth, buttonHeight};
+    return {width_ - sizes_.margin - 2 * sizes_.buttonWidth - 8, height_ - sizes_.margin - sizes_.buttonHeight, sizes_.buttonWidth, sizes_.buttonHeight};
 }
 
 IntRect TextEntryDialog::cancelRect() const {
-    return {width_ - margin - buttonWidth, height_ - margin - buttonHeight, buttonWidth, buttonHeight};
+    return {width_ - sizes_.margin - sizes_.buttonWidth, height_ - sizes_.margin - sizes_.buttonHeight, sizes_.buttonWidth, sizes_.buttonHeight};
 }
 
 bool TextEntryDialog::run(Window& window, const std::string& title) {
@@ -63,7 +58,7 @@ std::int32_t TextEntryDialog::offsetOf(std::size_t index) const {
 }
 
 std::size_t TextEntryDialog::indexAt(std::int32_t x) const {
-    const std::int32_t local = x - fieldRect().left - textInset;
+    const std::int32_t local = x - fieldRect().left - sizes_.textInset;
     std::size_t best = 0;
     std::int32_t bestDistance = 1 << 30;
     for (std::size_t i = 0; i <= text_.size(); ++i) {
@@ -75,15 +70,15 @@ std::size_t TextEntryDialog::indexAt(std::int32_t x) const {
 
 void TextEntryDialog::paint(const PixelTile& tile) {
     Raster32 canvas(tile.pixels, tile.stride, IntRect{tile.left, tile.top, tile.width, tile.height});
-    look::drawPanel(canvas, IntRect{0, 0, width_, height_});
+    look::drawPanel(canvas, IntRect{0, 0, width_, height_}, fonts_.line());
     std::int32_t fontHeight, ascent;
     fonts_.regular->getMetrics(fontHeight, ascent);
-    drawText(canvas, *fonts_.regular, margin, margin + ascent, prompt_);
+    drawText(canvas, *fonts_.regular, sizes_.margin, sizes_.margin + ascent, prompt_);
     const IntRect field = fieldRect();
     look::fillRect(canvas, field, look::field);
-    look::frameRect(canvas, field, look::accent);
-    const std::int32_t textLeft = field.left + textInset;
-    const std::int32_t top = field.top + (fieldHeight - fontHeight) / 2;
+    look::frameRect(canvas, field, look::accent, fonts_.line());
+    const std::int32_t textLeft = field.left + sizes_.textInset;
+    const std::int32_t top = field.top + (sizes_.fieldHeight - fontHeight) / 2;
     if (anchor_ != cursor_) {
         const std::int32_t a = offsetOf(std::min(anchor_, cursor_)), b = offsetOf(std::max(anchor_, cursor_));
         look::fillRect(canvas, {textLeft + a, top, b - a, fontHeight}, look::selection);
@@ -92,7 +87,7 @@ void TextEntryDialog::paint(const PixelTile& tile) {
                    canvas.stride(),
                    intersectionOf(canvas.bounds(), IntRect{field.left + 1, field.top + 1, field.width - 2, field.height - 2}));
     if (!inner.bounds().isEmpty()) fonts_.regular->draw(inner, Point{double(textLeft), double(top + ascent)}, text_);
-    look::fillRect(canvas, {textLeft + offsetOf(cursor_), top, 1, fontHeight}, look::text);
+    look::fillRect(canvas, {textLeft + offsetOf(cursor_), top, fonts_.line(), fontHeight}, look::text);
     look::drawButton(canvas, okRect(), "OK", true, fonts_);
     look::drawButton(canvas, cancelRect(), "Cancel", false, fonts_);
 }

@@ -47,6 +47,10 @@ private:
     void repaint();
 
     HelperFonts fonts_;
+    // The window's lengths at its zoom.
+    struct Sizes {
+        std::int32_t margin, fieldHeight, buttonWidth, buttonHeight, promptHeight, textInset;
+    } sizes_;
     std::string prompt_;
     std::u16string text_;
     std::size_t cursor_ = 0;

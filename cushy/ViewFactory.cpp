@@ -126,6 +126,7 @@ ViewRef makeCushy(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
         auto frame = std::make_shared<TransformView>();
         frame->resize(rect);
         auto view = std::make_shared<TransitionLayout>(layout.host(), IntRect{0, 0, rect.width, rect.height}, variable);
+        view->setZoom(layout.zoom());
         view->setHintWindow(layout.hintWindow());
         view->setDebugOverlay(layout.debugOverlay());
         frame->addChild(view);
@@ -133,6 +134,7 @@ ViewRef makeCushy(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
     }
     auto view = std::make_shared<CushyView>(layout.host(), rect);
     view->setLayoutVariable(variable);
+    view->setZoom(layout.zoom());
     view->setHintWindow(layout.hintWindow());
     view->setDebugOverlay(layout.debugOverlay());
     return view;

@@ -13,13 +13,6 @@ namespace tw {
 
 namespace {
 
-constexpr std::int32_t margin = 12;
-constexpr std::int32_t lineHeight = 22;
-constexpr std::int32_t gap = 8;
-constexpr std::int32_t upWidth = 56;
-constexpr std::int32_t buttonWidth = 80;
-constexpr std::int32_t scrollbarWidth = 8;
-constexpr std::int32_t textInset = 5;
 
 // The edges past a rectangle, as the 32-bit coordinates the dialog draws with.
 std::int32_t rightOf(const IntRect& r) { return r.left + r.width; }
@@ -78,7 +71,10 @@ void sortByPath(std::vector<Path>& paths) {
 }  // namespace
 
 FileDialog::FileDialog(HelperFonts fonts, FileDialogSetup setup, SelectionListener listener)
-    : fonts_(std::move(fonts)), setup_(std::move(setup)), listener_(std::move(listener)) {
+    : fonts_(std::move(fonts)),
+      sizes_{fonts_.px(12), fonts_.px(22), fonts_.px(8), fonts_.px(56), fonts_.px(80), fonts_.px(8), fonts_.px(5), fonts_.px(18)},
+      setup_(std::move(setup)), listener_(std::move(listener)) {
+    width_ = fonts_.px(520);
     runFileDialogScript(setup_.script, *this);
     fileName_ = setup_.fileName;
     layOut();
@@ -116,55 +112,56 @@ int FileDialog::StartVisualGroup(int, const std::string&) { throw Exception("Uns
 
 // ---- Geometry ----
 
-IntRect FileDialog::upRect() const { return {margin, margin, upWidth, lineHeight}; }
+IntRect FileDialog::upRect() const { return {sizes_.margin, sizes_.margin, sizes_.upWidth, sizes_.lineHeight}; }
 
 IntRect FileDialog::listRect() const {
-    return {margin, margin + lineHeight + gap, width_ - 2 * margin, visibleRows * rowHeight + 2};
+    return {sizes_.margin, sizes_.margin + sizes_.lineHeight + sizes_.gap, width_ - 2 * sizes_.margin, visibleRows * sizes_.rowHeight + 2 * fonts_.line()};
 }
 
 void FileDialog::layOut() {
-    controlsTop_ = bottomOf(listRect()) + gap;
-    std::int32_t x = margin;
+    controlsTop_ = bottomOf(listRect()) + sizes_.gap;
+    std::int32_t x = sizes_.margin;
     for (Control& control : controls_) {
         const std::int32_t labelWidth = textWidth(*fonts_.regular, control.label);
         std::int32_t w = 0;
         switch (control.kind) {
-            case ControlKind::push: w = std::max(buttonWidth, labelWidth + 24); break;
-            case ControlKind::check: w = 14 + 6 + labelWidth; break;
+            case ControlKind::push: w = std::max(sizes_.buttonWidth, labelWidth + fonts_.px(24)); break;
+            case ControlKind::check: w = fonts_.px(14 + 6) + labelWidth; break;
             case ControlKind::text: w = labelWidth; break;
-            case ControlKind::separator: w = 4; break;
+            case ControlKind::separator: w = fonts_.px(4); break;
         }
-        control.rect = {x, controlsTop_, w, lineHeight};
-        x += w + gap;
+        control.rect = {x, controlsTop_, w, sizes_.lineHeight};
+        x += w + sizes_.gap;
     }
-    const std::int32_t nameTop = controls_.empty() ? controlsTop_ : controlsTop_ + lineHeight + gap;
-    height_ = nameTop + lineHeight + gap + lineHeight + margin;
+    const std::int32_t nameTop = controls_.empty() ? controlsTop_ : controlsTop_ + sizes_.lineHeight + sizes_.gap;
+    height_ = nameTop + sizes_.lineHeight + sizes_.gap + sizes_.lineHeight + sizes_.margin;
 }
 
 IntRect FileDialog::filterRect() const {
-    const std::int32_t w = std::max(textWidth(*fonts_.regular, filterText(0)), textWidth(*fonts_.regular, filterText(1))) + 32;
-    return {width_ - margin - w, height_ - margin - 2 * lineHeight - gap, w, lineHeight};
+    const std::int32_t w = std::max(textWidth(*fonts_.regular, filterText(0)), textWidth(*fonts_.regular, filterText(1))) + fonts_.px(32);
+    return {width_ - sizes_.margin - w, height_ - sizes_.margin - 2 * sizes_.lineHeight - sizes_.gap, w, sizes_.lineHeight};
 }
 
 IntRect FileDialog::nameRect() const {
     if (!setup_.saving) return {};
-    const std::int32_t left = margin + textWidth(*fonts_.regular, setup_.fileNameLabel) + gap;
-    return {left, filterRect().top, filterRect().left - gap - left, lineHeight};
+    const std::int32_t left = sizes_.margin + textWidth(*fonts_.regular, setup_.fileNameLabel) + sizes_.gap;
+    return {left, filterRect().top, filterRect().left - sizes_.gap - left, sizes_.lineHeight};
 }
 
 IntRect FileDialog::okRect() const {
-    return {width_ - margin - 2 * buttonWidth - gap, height_ - margin - lineHeight, buttonWidth, lineHeight};
+    return {width_ - sizes_.margin - 2 * sizes_.buttonWidth - sizes_.gap, height_ - sizes_.margin - sizes_.lineHeight, sizes_.buttonWidth, sizes_.lineHeight};
 }
 
 IntRect FileDialog::cancelRect() const {
-    return {width_ - margin - buttonWidth, height_ - margin - lineHeight, buttonWidth, lineHeight};
+    return {width_ - sizes_.margin - sizes_.buttonWidth, height_ - sizes_.margin - sizes_.lineHeight, sizes_.buttonWidth, sizes_.lineHeight};
 }
 
 IntRect FileDialog::rowRect(std::size_t entry) const {
     const auto row = std::int32_t(entry) - scroll_;
     if (row < 0 || row >= visibleRows || entry >= entries_.size()) return {};
     const IntRect list = listRect();
-    return {list.left + 1, list.top + 1 + row * rowHeight, list.width - 2 - scrollbarWidth, rowHeight};
+    return {list.left + fonts_.line(), list.top + fonts_.line() + row * sizes_.rowHeight,
+            list.width - 2 * fonts_.line() - sizes_.scrollbarWidth, sizes_.rowHeight};
 }
 
 IntRect FileDialog::controlRect(int id) const {
@@ -387,13 +384,13 @@ void FileDialog::mouseDown(const MouseEvent& event) {
     const IntRect list = listRect();
     if (inside(list, event.x, event.y)) {
         const auto count = std::int32_t(entries_.size());
-        if (event.x >= rightOf(list) - 1 - scrollbarWidth && count > visibleRows) {
+        if (event.x >= rightOf(list) - 1 - sizes_.scrollbarWidth && count > visibleRows) {
             const std::int32_t thumbTop = list.top + 1 + (list.height - 2) * scroll_ / count;
             scroll_ = std::clamp(scroll_ + (event.y < thumbTop ? -visibleRows : visibleRows), 0, count - visibleRows);
             repaint();
             return;
         }
-        const std::int32_t row = scroll_ + (event.y - list.top - 1) / rowHeight;
+        const std::int32_t row = scroll_ + (event.y - list.top - fonts_.line()) / sizes_.rowHeight;
         if (row >= count) return;
         const bool twice = row == lastClickRow_ && event.time - lastClickTime_ <= doubleClickMs;
         lastClickRow_ = twice ? -1 : row;
@@ -466,18 +463,20 @@ void FileDialog::closeRequested() { closed_ = true; }
 
 void FileDialog::paint(const PixelTile& tile) {
     Raster32 canvas(tile.pixels, tile.stride, IntRect{tile.left, tile.top, tile.width, tile.height});
-    look::drawPanel(canvas, IntRect{0, 0, width_, height_});
+    const auto px = [this](double units) { return fonts_.px(units); };
+    const std::int32_t line = fonts_.line();
+    look::drawPanel(canvas, IntRect{0, 0, width_, height_}, line);
     std::int32_t fontHeight, ascent;
     fonts_.regular->getMetrics(fontHeight, ascent);
     auto baseline = [&](const IntRect& r) { return r.top + (r.height - fontHeight) / 2 + ascent; };
 
     look::drawButton(canvas, upRect(), setup_.upLabel, false, fonts_);
     // The current folder, its start cut away when it is too long, so that its end shows.
-    const IntRect pathRect{rightOf(upRect()) + gap, margin, width_ - 2 * margin - upWidth - gap, lineHeight};
+    const IntRect pathRect{rightOf(upRect()) + sizes_.gap, sizes_.margin, width_ - 2 * sizes_.margin - sizes_.upWidth - sizes_.gap, sizes_.lineHeight};
     look::fillRect(canvas, pathRect, look::field);
-    look::frameRect(canvas, pathRect, look::panelEdge);
+    look::frameRect(canvas, pathRect, look::panelEdge, line);
     std::string shown = folder_.toString();
-    const std::int32_t room = pathRect.width - 2 * textInset;
+    const std::int32_t room = pathRect.width - 2 * sizes_.textInset;
     if (textWidth(*fonts_.regular, shown) > room) {
         while (!shown.empty() && textWidth(*fonts_.regular, "..." + shown) > room) {
             shown.erase(0, 1);
@@ -486,36 +485,36 @@ void FileDialog::paint(const PixelTile& tile) {
         shown = "..." + shown;
     }
     clippedTo(canvas, pathRect, [&](Raster32& inner) {
-        drawText(inner, *fonts_.regular, pathRect.left + textInset, baseline(pathRect), shown);
+        drawText(inner, *fonts_.regular, pathRect.left + sizes_.textInset, baseline(pathRect), shown);
     });
 
     const IntRect list = listRect();
     look::fillRect(canvas, list, look::field);
-    look::frameRect(canvas, list, look::panelEdge);
+    look::frameRect(canvas, list, look::panelEdge, line);
     for (std::size_t i = std::size_t(scroll_); i < entries_.size() && i < std::size_t(scroll_ + visibleRows); ++i) {
         const IntRect row = rowRect(i);
         if (std::int32_t(i) == selected_) look::fillRect(canvas, row, look::selection);
         const Path& entry = entries_[i];
-        const std::int32_t iconTop = row.top + (rowHeight - 10) / 2;
+        const std::int32_t iconTop = row.top + (sizes_.rowHeight - px(10)) / 2;
         if (entry.isFolder()) {
-            look::fillRect(canvas, {row.left + 4, iconTop, 6, 2}, look::accent);
-            look::fillRect(canvas, {row.left + 4, iconTop + 2, 13, 8}, look::accent);
+            look::fillRect(canvas, {row.left + px(4), iconTop, px(6), px(2)}, look::accent);
+            look::fillRect(canvas, {row.left + px(4), iconTop + px(2), px(13), px(8)}, look::accent);
         } else {
-            look::frameRect(canvas, {row.left + 6, iconTop - 1, 9, 12}, look::dimText);
-            look::fillRect(canvas, {row.left + 8, iconTop + 3, 5, 1}, look::dimText);
-            look::fillRect(canvas, {row.left + 8, iconTop + 6, 5, 1}, look::dimText);
+            look::frameRect(canvas, {row.left + px(6), iconTop - px(1), px(9), px(12)}, look::dimText, line);
+            look::fillRect(canvas, {row.left + px(8), iconTop + px(3), px(5), line}, look::dimText);
+            look::fillRect(canvas, {row.left + px(8), iconTop + px(6), px(5), line}, look::dimText);
         }
         clippedTo(canvas, row, [&](Raster32& inner) {
-            drawText(inner, *fonts_.regular, row.left + 24, baseline(row), entry.fileName());
+            drawText(inner, *fonts_.regular, row.left + px(24), baseline(row), entry.fileName());
         });
     }
     const auto count = std::int32_t(entries_.size());
     if (count > visibleRows) {
-        const IntRect track{rightOf(list) - 1 - scrollbarWidth, list.top + 1, scrollbarWidth, list.height - 2};
+        const IntRect track{rightOf(list) - 1 - sizes_.scrollbarWidth, list.top + 1, sizes_.scrollbarWidth, list.height - 2};
         const std::int32_t top = track.top + track.height * scroll_ / count;
-        const std::int32_t length = std::max(12, track.height * visibleRows / count);
+        const std::int32_t length = std::max(px(12), track.height * visibleRows / count);
         look::fillRect(canvas, track, look::panel);
-        look::fillRect(canvas, {track.left + 2, top, scrollbarWidth - 4, std::min(length, bottomOf(track) - top)},
+        look::fillRect(canvas, {track.left + px(2), top, sizes_.scrollbarWidth - px(4), std::min(length, bottomOf(track) - top)},
                        look::panelEdge);
     }
 
@@ -524,42 +523,42 @@ void FileDialog::paint(const PixelTile& tile) {
         switch (control.kind) {
             case ControlKind::push: look::drawButton(canvas, r, control.label, false, fonts_); break;
             case ControlKind::check: {
-                const IntRect box{r.left, r.top + (lineHeight - 14) / 2, 14, 14};
+                const IntRect box{r.left, r.top + (sizes_.lineHeight - px(14)) / 2, px(14), px(14)};
                 look::fillRect(canvas, box, look::field);
-                look::frameRect(canvas, box, look::panelEdge);
-                if (control.checked) look::fillRect(canvas, {box.left + 3, box.top + 3, 8, 8}, look::accent);
-                drawText(canvas, *fonts_.regular, rightOf(box) + 6, baseline(r), control.label);
+                look::frameRect(canvas, box, look::panelEdge, line);
+                if (control.checked) look::fillRect(canvas, {box.left + px(3), box.top + px(3), px(8), px(8)}, look::accent);
+                drawText(canvas, *fonts_.regular, rightOf(box) + px(6), baseline(r), control.label);
                 break;
             }
             case ControlKind::text: drawText(canvas, *fonts_.regular, r.left, baseline(r), control.label); break;
-            case ControlKind::separator: look::fillRect(canvas, {r.left + 1, r.top + 3, 1, r.height - 6}, look::panelEdge); break;
+            case ControlKind::separator: look::fillRect(canvas, {r.left + line, r.top + px(3), line, r.height - px(6)}, look::panelEdge); break;
         }
     }
 
     if (setup_.saving) {
         const IntRect name = nameRect();
-        drawText(canvas, *fonts_.regular, margin, baseline(name), setup_.fileNameLabel);
+        drawText(canvas, *fonts_.regular, sizes_.margin, baseline(name), setup_.fileNameLabel);
         look::fillRect(canvas, name, look::field);
-        look::frameRect(canvas, name, look::accent);
+        look::frameRect(canvas, name, look::accent, line);
         std::int32_t end = 0;
-        clippedTo(canvas, {name.left + 1, name.top + 1, name.width - 2, name.height - 2}, [&](Raster32& inner) {
+        clippedTo(canvas, {name.left + line, name.top + line, name.width - 2 * line, name.height - 2 * line}, [&](Raster32& inner) {
             if (nameSelected_)
-                look::fillRect(inner, {name.left + textInset - 1, name.top + 3, textWidth(*fonts_.regular, fileName_) + 2, name.height - 6},
+                look::fillRect(inner, {name.left + sizes_.textInset - line, name.top + px(3), textWidth(*fonts_.regular, fileName_) + 2 * line, name.height - px(6)},
                                look::selection);
-            end = drawText(inner, *fonts_.regular, name.left + textInset, baseline(name), fileName_);
+            end = drawText(inner, *fonts_.regular, name.left + sizes_.textInset, baseline(name), fileName_);
         });
         if (selected_ < 0 || entries_[std::size_t(selected_)].isFolder())
-            look::fillRect(canvas, {std::min(name.left + textInset + end, rightOf(name) - 3), name.top + 4, 1, name.height - 8},
+            look::fillRect(canvas, {std::min(name.left + sizes_.textInset + end, rightOf(name) - px(3)), name.top + px(4), line, name.height - px(8)},
                            look::text);
     }
 
     const IntRect filter = filterRect();
     look::fillRect(canvas, filter, look::field);
-    look::frameRect(canvas, filter, look::panelEdge);
-    drawText(canvas, *fonts_.regular, filter.left + textInset + 2, baseline(filter), filterText(filter_));
+    look::frameRect(canvas, filter, look::panelEdge, line);
+    drawText(canvas, *fonts_.regular, filter.left + sizes_.textInset + px(2), baseline(filter), filterText(filter_));
     // A small downward triangle: the filter switches on a click.
-    for (std::int32_t i = 0; i < 4; ++i)
-        look::fillRect(canvas, {rightOf(filter) - 16 + i, filter.top + 9 + i, 8 - 2 * i, 1}, look::text);
+    for (std::int32_t i = 0; i < px(4); ++i)
+        look::fillRect(canvas, {rightOf(filter) - px(16) + i, filter.top + px(9) + i, px(8) - 2 * i, 1}, look::text);
 
     look::drawButton(canvas, okRect(), setup_.okLabel, true, fonts_);
     look::drawButton(canvas, cancelRect(), setup_.cancelLabel, false, fonts_);

@@ -52,7 +52,6 @@ public:
     // Called whenever the selection moves to a file, at once, for an audition.
     using SelectionListener = std::function<void(const Path& file)>;
 
-    static constexpr std::int32_t rowHeight = 18;
     static constexpr std::int32_t visibleRows = 14;
     // Two characters typed closer than this in time make one name to jump to.
     static constexpr std::uint32_t typeAheadMs = 1000;
@@ -159,6 +158,10 @@ private:
     void repaint();
 
     HelperFonts fonts_;
+    // The dialog's lengths at its zoom.
+    struct Sizes {
+        std::int32_t margin, lineHeight, gap, upWidth, buttonWidth, scrollbarWidth, textInset, rowHeight;
+    } sizes_;
     FileDialogSetup setup_;
     SelectionListener listener_;
     std::vector<Control> controls_;

@@ -3,6 +3,8 @@
 // routes variables and actions to the jobs in the other files.
 #include "editor/ModelController.h"
 
+#include "editor/ZoomChoice.h"
+
 #include <png.h>
 #include <zlib.h>
 
@@ -64,6 +66,26 @@ ModelController::ModelController(ModelServices& services, ResourceManager& resou
 
 ModelController::~ModelController() { close(); }
 
+void ModelController::setZoom(const Zoom& zoom) {
+    if (zoom == zoom_) return;
+    zoom_ = zoom;
+    // A fresh tree at the new size; the hint window, made at open, follows the zoom too.
+    rootView_->dispose();
+    rootView_ = std::make_shared<CushyView>(*this, size());
+    rootView_->setZoom(zoom_);
+    client_ = std::make_unique<CushyWindowClient>(rootView_);
+}
+
+IntRect ModelController::size() const {
+    return IntRect{zoom_.edge(bounds_.left), zoom_.edge(bounds_.top), zoom_.length(bounds_.width), zoom_.length(bounds_.height)};
+}
+
+void ModelController::showStatus(const std::string& text) {
+    variables_["status.name"] = "";
+    variables_["status.value"] = "status.none";
+    variables_["status.hint"] = text;
+}
+
 void ModelController::fillConstants() {
     const std::string dirs[][2] = {{"DIRS.BINARY", folders_.binaryDir.toString()},
                                    {"DIRS.PATCHES", folders_.patchesDir.toString()},
@@ -103,7 +125,7 @@ void ModelController::open(Window* window) {
     // The one hint window of the editor, which every view with a hint shares: views take
     // it as they are built, so it must be there before the layout loads.
     if (!rootView_->hintWindow())
-        rootView_->setHintWindow(std::make_shared<HintWindow>(HelperFonts::load(*this, *rootView_).regular, 2, 12));
+        rootView_->setHintWindow(std::make_shared<HintWindow>(HelperFonts::load(*this, *rootView_).regular, rootView_->zoom()));
     try {
         rootView_->load(descriptor_.modelName + "_main");
     } catch (const std::exception& e) {
@@ -140,8 +162,8 @@ void ModelController::showLayoutError(const std::string& message) {
     variables_["layoutError"] = text;
     rootView_->load("");
     const IntRect bounds = bounds_;
-    rootView_->build(parseMap("views: { { type: rectangle, fill: { 240, 240, 240 } } { type: caption, bounds: { 12, 12, " +
-                              std::to_string(bounds.width - 24) + ", 24 }, text: \"[var]layoutError[/var]\" } }"));
+    rootView_->build(zoom_.zoomLayout(parseMap("views: { { type: rectangle, fill: { 240, 240, 240 } } { type: caption, bounds: { 12, 12, " +
+                              std::to_string(bounds.width - 24) + ", 24 }, text: \"[var]layoutError[/var]\" } }")));
 }
 
 void ModelController::saveChanges(const Path& storeFile) {
@@ -288,6 +310,7 @@ bool ModelController::isEnabled(CushyView&, const std::string& action, const std
             return !descriptor_.identifier.empty();
         if (action == "switchPatch") return !descriptor_.identifier.empty() && switchPatchState(params, false);
         if (action == "toggleVersionCheck") return !versionCheckUrl_.empty();
+        if (action == "zoom") return true;
         if (action == "undo") return undoPosition_ != 0;
         if (action == "redo") return undoPosition_ + 1 < undoStack_.size();
         return false;
@@ -299,6 +322,7 @@ bool ModelController::isEnabled(CushyView&, const std::string& action, const std
 bool ModelController::isChecked(CushyView&, const std::string& action, const std::string& params) {
     try {
         if (action == "toggleVersionCheck") return versionCheckEnabled_;
+        if (action == "zoom") return zoomChecked(params);
         return action == "changeParam" && changeParamState(params, true);
     } catch (const std::exception&) {
         return false;
@@ -319,6 +343,24 @@ void ModelController::perform(CushyView& view, const std::string& action, const 
     else if (action == "choosePatch") choosePatch(view);
     else if (action == "switchPatch") switchPatch(params);
     else if (action == "toggleVersionCheck") toggleVersionCheck();
+    else if (action == "zoom") pickZoom(params);
+}
+
+// `{ percent: 150 }` picks a level; `{ percent: 0 }` follows the system.
+void ModelController::pickZoom(const std::string& params) {
+    const std::int32_t percent = toInt(lookup(parseMap(params), "percent"), 0);
+    {
+        Prefs prefs(descriptor_);
+        setUserZoom(prefs, percent > 0 ? std::optional<std::int32_t>(percent) : std::nullopt);
+    }
+    if (zoomChosen_) zoomChosen_();
+}
+
+bool ModelController::zoomChecked(const std::string& params) {
+    const std::int32_t percent = toInt(lookup(parseMap(params), "percent"), 0);
+    const Prefs prefs(descriptor_);
+    const std::optional<std::int32_t> chosen = userZoom(prefs);
+    return percent > 0 ? chosen == Zoom(percent).percent() : !chosen;
 }
 
 std::string ModelController::getVariable(CushyView&, const std::string& name) {

@@ -12,6 +12,7 @@
 #include <deque>
 #include <map>
 #include <set>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -60,6 +61,17 @@ public:
     CushyWindowClient& client() { return *client_; }
     CushyView& rootView() { return *rootView_; }
 
+    // The zoom the layouts are drawn at, and the editor's size at it. A new zoom takes
+    // effect at the next open; the editor must be closed (`close`) to change it.
+    const Zoom& zoom() const { return zoom_; }
+    void setZoom(const Zoom& zoom);
+    IntRect size() const;
+    // Told when the user picks a zoom in the menu (the choice is in the preferences then):
+    // the owner of the window resizes it once the action is over.
+    void onZoomChosen(std::function<void()> listener) { zoomChosen_ = std::move(listener); }
+    // A word for the user on the status line, until the pointer names a control.
+    void showStatus(const std::string& text);
+
     // Fills the constants and indices, loads the main layout into the root, attaches it to
     // `window` (none in tests) with the two polling timers, remembers every program's stamp
     // and ticks once. A layout that does not build shows its error and leaves the root empty.
@@ -100,6 +112,8 @@ public:
     void startVersionCheck();
     void pollVersionCheck();
     void toggleVersionCheck();
+    void pickZoom(const std::string& params);
+    bool zoomChecked(const std::string& params);
     bool isVersionCheckRunning() const { return checker_ != nullptr; }
 
     std::size_t undoSize() const { return undoStack_.size(); }
@@ -172,6 +186,8 @@ private:
     ModelServices& services_;
     const ModelFactory& factory_;
     const IntRect bounds_;
+    Zoom zoom_;
+    std::function<void()> zoomChosen_;
     const ModelDescriptor& descriptor_;
     ResourceManager& resources_;
     StringTable& translator_;

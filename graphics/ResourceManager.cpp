@@ -91,7 +91,11 @@ std::shared_ptr<Font> ResourceManager::getFont(const std::string& spec) {
     } else if (!lookup(map, "fnt").empty()) {
         font = makeAngelCodeFont(map);
     } else {
-        font = std::make_shared<SystemFont>(getFace(modelName_ + "_sans_11", 0),
+        // The product's small font; at a zoom (`zoom: 150`), its face made at that size,
+        // named as the build names every zoomed resource.
+        const std::string zoom = unquote(lookup(map, "zoom"));
+        const std::string face = modelName_ + "_sans_11" + (zoom.empty() || zoom == "100" ? "" : "_x" + zoom);
+        font = std::make_shared<SystemFont>(getFace(face, 0),
                                             parseColor(lookup(map, "color"), 0xFF000000));
     }
     fonts_.emplace(spec, font);

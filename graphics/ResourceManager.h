@@ -47,7 +47,7 @@ public:
     ImageKey parseImageSpec(const std::string& text);
 
     // The font for a font spec, made once per spec text: a map with `film` (a film font),
-    // `fnt` (an AngelCode font) or neither (the system font).
+    // `fnt` (an AngelCode font) or neither (the system font, at the spec's `zoom` percent).
     std::shared_ptr<Font> getFont(const std::string& spec);
 
 private:

@@ -3,9 +3,13 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
+#include <optional>
 
+#include <lv2/atom/atom.h>
 #include <lv2/instance-access/instance-access.h>
+#include <lv2/options/options.h>
 #include <lv2/state/state.h>
+#include <lv2/urid/urid.h>
 
 #include "core/EntryFault.h"
 #include "lv2/Lv2Plugin.h"
@@ -122,6 +126,21 @@ const LV2_Feature* feature(const LV2_Feature* const* features, const char* uri) 
     return nullptr;
 }
 
+// The host's ui:scaleFactor among its options: a Float, 1 for 100 %.
+std::optional<double> scaleFactorOption(const LV2_Feature* const* features) {
+    const LV2_Feature* mapFeature = feature(features, LV2_URID__map);
+    const LV2_Feature* optionsFeature = feature(features, LV2_OPTIONS__options);
+    if (mapFeature == nullptr || mapFeature->data == nullptr || optionsFeature == nullptr || optionsFeature->data == nullptr)
+        return std::nullopt;
+    const auto* map = static_cast<const LV2_URID_Map*>(mapFeature->data);
+    const LV2_URID scaleFactor = map->map(map->handle, LV2_UI__scaleFactor);
+    const LV2_URID floatType = map->map(map->handle, LV2_ATOM__Float);
+    for (auto* o = static_cast<const LV2_Options_Option*>(optionsFeature->data); o->key != 0; ++o)
+        if (o->key == scaleFactor && o->type == floatType && o->size == sizeof(float) && o->value != nullptr)
+            return *static_cast<const float*>(o->value);
+    return std::nullopt;
+}
+
 LV2UI_Handle instantiateUi(const LV2UI_Descriptor* descriptor, const char*, const char*, LV2UI_Write_Function write,
                            LV2UI_Controller controller, LV2UI_Widget* widget, const LV2_Feature* const* features) {
     const Product* product = reinterpret_cast<const UiEntry*>(descriptor)->product;
@@ -136,6 +155,7 @@ LV2UI_Handle instantiateUi(const LV2UI_Descriptor* descriptor, const char*, cons
         if (const LV2_Feature* f = feature(features, LV2_UI__touch)) host.touch = static_cast<const LV2UI_Touch*>(f->data);
         if (const LV2_Feature* f = feature(features, LV2_UI__resize))
             host.resize = static_cast<const LV2UI_Resize*>(f->data);
+        host.scale = scaleFactorOption(features);
         auto instance = std::make_unique<UiInstance>();
         instance->product = product;
         Lv2Plugin& plugin = pluginOf(access->data);

@@ -9,6 +9,12 @@ Lv2Ui::Lv2Ui(Lv2Plugin& plugin, const EditorFactory& editor, const Host& host, s
       host_(host),
       editor_(plugin.instance(), editor),
       shown_(static_cast<std::size_t>(plugin.instance().parameterCount()), NAN) {
+    if (host_.scale) editor_.setHostScale(*host_.scale);
+    // ui:resize answers 0 when the host took the size.
+    if (host_.resize)
+        editor_.setResizeRequest([this](std::int32_t width, std::int32_t height) {
+            return host_.resize->ui_resize(host_.resize->handle, width, height) == 0;
+        });
     editor_.open(parent);
     if (host_.resize) host_.resize->ui_resize(host_.resize->handle, editor_.size().width, editor_.size().height);
     plugin_.attachUi(this);

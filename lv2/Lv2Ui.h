@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include <lv2/ui/ui.h>
@@ -23,6 +24,7 @@ public:
         LV2UI_Controller controller = nullptr;
         const LV2UI_Touch* touch = nullptr;    // optional
         const LV2UI_Resize* resize = nullptr;  // optional
+        std::optional<double> scale;           // the host's ui:scaleFactor option, if given
     };
 
     // Opens the editor in `parent`; raises when it can't.

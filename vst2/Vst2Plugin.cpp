@@ -102,10 +102,11 @@ Vst2Plugin::Vst2Plugin(vst2::HostCallback host, std::unique_ptr<ModelFactory> fa
     if (!size.isEmpty()) {
         editor_ = std::make_unique<Editor>(instance_, *editor);
         effect_.flags |= vst2::effFlagsHasEditor;
-        rect_.left = static_cast<vst2::int16>(size.left);
-        rect_.top = static_cast<vst2::int16>(size.top);
-        rect_.right = static_cast<vst2::int16>(size.left + size.width);
-        rect_.bottom = static_cast<vst2::int16>(size.top + size.height);
+        // A zoom picked with the editor open asks the host to size its window anew; a host
+        // that does not know the call answers 0 and the zoom stays as it was.
+        editor_->setResizeRequest([this](std::int32_t width, std::int32_t height) {
+            return hostCall(vst2::audioMasterSizeWindow, width, height, nullptr, 0) != 0;
+        });
     }
 }
 
@@ -141,7 +142,13 @@ int Vst2Plugin::canDo(std::string_view q) const {
     return 0;
 }
 
-vst2::intptr Vst2Plugin::vendorSpecific(vst2::int32 code, vst2::intptr argument, void* ptr, float) {
+vst2::intptr Vst2Plugin::vendorSpecific(vst2::int32 code, vst2::intptr argument, void* ptr, float opt) {
+    // The scale of the host's windows, as hosts that know it tell it ('PreS', 'AeCs', the
+    // factor in opt): the editor opens, or is drawn anew, at the nearest zoom.
+    if (code == vst2::fourCC("PreS") && argument == vst2::fourCC("AeCs") && editor_ && opt > 0) {
+        editor_->setHostScale(opt);
+        return 1;
+    }
     switch (code) {
         case vendor::probeCode:
             return 1;
@@ -264,9 +271,16 @@ vst2::intptr Vst2Plugin::dispatch(vst2::int32 opcode, vst2::int32 index, vst2::i
 
 vst2::intptr Vst2Plugin::editorCall(vst2::int32 opcode, void* ptr) {
     switch (opcode) {
-        case vst2::effEditGetRect:
+        case vst2::effEditGetRect: {
+            // The size at the zoom the editor opens at, or is open at.
+            const IntRect size = editor_->size();
+            rect_.left = static_cast<vst2::int16>(size.left);
+            rect_.top = static_cast<vst2::int16>(size.top);
+            rect_.right = static_cast<vst2::int16>(size.left + size.width);
+            rect_.bottom = static_cast<vst2::int16>(size.top + size.height);
             if (ptr) *static_cast<vst2::ERect**>(ptr) = &rect_;
             return 1;
+        }
         case vst2::effEditOpen:
             return editor_->open(reinterpret_cast<std::uintptr_t>(ptr)) ? 1 : 0;
         case vst2::effEditIdle:

@@ -27,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     host.variables["self"] = "fuzz";
     auto root = std::make_shared<tw::CushyView>(host, tw::IntRect{0, 0, 64, 48});
     host.root = root.get();
-    root->setHintWindow(std::make_shared<tw::HintWindow>(resources.getFont("{}"), 2, 12));
+    root->setHintWindow(std::make_shared<tw::HintWindow>(resources.getFont("{}"), tw::Zoom()));
     tw::CushyWindowClient client(root);
     tw::WindowDouble window(client, 64, 48);
     // A user who closes every menu and box at once.

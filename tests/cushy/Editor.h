@@ -91,7 +91,7 @@ struct Editor {
         : resources("Tidewake", binary.str()), host(&resources),
           root(std::make_shared<CushyView>(host, rect)), client(root), window(client, rect.width, rect.height) {
         host.root = root.get();
-        hintWindow = std::make_shared<HintWindow>(resources.getFont("{ color: 0xFFE8F1F5 }"), 2, 12);
+        hintWindow = std::make_shared<HintWindow>(resources.getFont("{ color: 0xFFE8F1F5 }"), Zoom());
         root->setHintWindow(hintWindow);
         host.makeView = [this](CushyView& layout, const IntRect& rect, const std::string& type,
                                const SpecMap& spec) -> std::shared_ptr<View> {

@@ -98,7 +98,7 @@ int render(const Options& options) {
     auto root = std::make_shared<tw::CushyView>(host, tw::IntRect{0, 0, options.width, options.height});
     host.root = root.get();
     host.reportsErrors = false;
-    root->setHintWindow(std::make_shared<tw::HintWindow>(resources.getFont("{ color: 0xFFE8F1F5 }"), 2, 12));
+    root->setHintWindow(std::make_shared<tw::HintWindow>(resources.getFont("{ color: 0xFFE8F1F5 }"), tw::Zoom()));
     tw::CushyWindowClient client(root);
     tw::WindowDouble window(client, options.width, options.height);
     root->load(options.layout.stem().string());

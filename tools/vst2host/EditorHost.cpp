@@ -31,6 +31,9 @@ EditorHost::EditorHost(HostedPlugin& plugin, const Settings& settings) : plugin_
         display_ = XOpenDisplay(nullptr);
     }
     if (!display_) throw std::runtime_error("cannot open the X display (is DISPLAY set?)");
+    if (settings_.scale > 0)
+        plugin_.dispatch(vst2::effVendorSpecific, vst2::fourCC("PreS"), vst2::fourCC("AeCs"), nullptr,
+                         static_cast<float>(settings_.scale));
     vst2::ERect* rect = nullptr;
     plugin_.dispatch(vst2::effEditGetRect, 0, 0, &rect);
     width_ = rect ? rect->right - rect->left : 0;
@@ -48,6 +51,13 @@ EditorHost::EditorHost(HostedPlugin& plugin, const Settings& settings) : plugin_
     XSetWMProtocols(display_, parent_, &deleteWindow_, 1);
     XMapWindow(display_, parent_);
     XSync(display_, False);
+    plugin_.sizeWindow = [this](int width, int height) {
+        if (settings_.refuseResize || width <= 0 || height <= 0) return false;
+        width_ = width, height_ = height;
+        XResizeWindow(display_, parent_, unsigned(width), unsigned(height));
+        XSync(display_, False);
+        return true;
+    };
     openedAt_ = nowMs();
     // Ardour passes its own display in `value`; others pass 0.
     plugin_.dispatch(vst2::effEditOpen, 0, settings_.ardour ? reinterpret_cast<vst2::intptr>(display_) : 0,
@@ -84,6 +94,7 @@ EditorHost::~EditorHost() {
     watching_.store(false);
     if (watcher_.joinable()) watcher_.join();
     if (editorOpen_) plugin_.dispatch(vst2::effEditClose);
+    plugin_.sizeWindow = nullptr;
     XDestroyWindow(display_, parent_);
     XCloseDisplay(display_);
 }

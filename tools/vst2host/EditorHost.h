@@ -22,6 +22,11 @@ public:
     struct Settings {
         int idleRate = 30;    // effEditIdle calls per second
         bool ardour = false;  // Ardour's event dispatch and idle rate instead
+        // The scale told to the plug-in before it is asked its size (0: none), as Windows
+        // hosts tell it (effVendorSpecific 'PreS', 'AeCs', opt); and a host that keeps its
+        // window's size when the plug-in asks for another.
+        double scale = 0;
+        bool refuseResize = false;
         // A signal handler's flag: the loop ends as if the window were closed once it
         // turns non-zero.
         const volatile std::sig_atomic_t* stop = nullptr;

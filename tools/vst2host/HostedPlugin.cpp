@@ -87,8 +87,10 @@ vst2::intptr HostedPlugin::callback(vst2::AEffect* effect, vst2::int32 opcode, v
     return self ? self->answer(opcode, index, value, ptr, opt) : 0;
 }
 
-vst2::intptr HostedPlugin::answer(vst2::int32 opcode, vst2::int32 index, vst2::intptr, void*, float opt) {
+vst2::intptr HostedPlugin::answer(vst2::int32 opcode, vst2::int32 index, vst2::intptr value, void*, float opt) {
     switch (opcode) {
+        case vst2::audioMasterSizeWindow:
+            return sizeWindow && sizeWindow(index, static_cast<int>(value)) ? 1 : 0;
         case vst2::audioMasterBeginEdit:
         case vst2::audioMasterAutomate:
         case vst2::audioMasterEndEdit:

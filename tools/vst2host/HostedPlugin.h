@@ -98,6 +98,9 @@ public:
         float value;
     };
     bool recordEditorCalls = false;
+    // The host's side of audioMasterSizeWindow (width, height): whether the window took the
+    // size. Unset, the call is not known and answers 0.
+    std::function<bool(int width, int height)> sizeWindow;
     // The calls recorded since the last take.
     std::vector<EditorCall> takeEditorCalls();
 

@@ -18,7 +18,9 @@
 // no time information), --note N (hold a MIDI note for the length of the input),
 // --tail SECONDS (default 3), --raw (keep the plug-in's latency at the start).
 // Editor options: --idle-rate N (effEditIdle calls per second, default 30), --ardour (as
-// Ardour: events to the editor's _XEventProc every millisecond, idle every 50th pass).
+// Ardour: events to the editor's _XEventProc every millisecond, idle every 50th pass),
+// --scale S (the host's scale, told as Windows hosts tell it), --refuse-resize (the host
+// keeps its window's size when the editor asks for another).
 // `edit --hidden` hides the host's window once the first frame is there, the editor left
 // open (Ardour's way of closing a plug-in's window); `edit --closed` closes the editor
 // then and runs the host's loop on without it. With --cpu, the CPU is that of the run
@@ -73,8 +75,9 @@ struct Options {
                  "  save   <plugin.so> <file> [--preset] [settings]\n"
                  "  load   <plugin.so> <file> [--preset]\n"
                  "  edit   <plugin.so> [input] [settings] [--idle-rate N] [--ardour] [--seconds S] [--no-audio] [--cpu]\n"
+                 "         [--scale S] [--refuse-resize]\n"
                  "         [--trace] [--hidden | --closed]\n"
-                 "  snapshot <plugin.so> <picture.png> [settings] [--idle-rate N] [--ardour] [--idle N] [--no-audio]\n"
+                 "  snapshot <plugin.so> <picture.png> [settings] [--idle-rate N] [--ardour] [--idle N] [--no-audio] [--scale S]\n"
                  "settings: --chunk FILE  --program N  --param NAME=VALUE  --set NAME=TEXT  --bypass\n",
                  problem.c_str());
     std::exit(2);
@@ -111,6 +114,8 @@ Options parse(int argc, char** argv) {
         else if (a == "--idle") o.idlePasses = wholeOption(a, next(), 0, 100000);
         else if (a == "--idle-rate") o.editor.idleRate = wholeOption(a, next(), 1, 1000);
         else if (a == "--ardour") o.editor.ardour = true;
+        else if (a == "--scale") o.editor.scale = numberOption(a, next(), 0.5, 8);
+        else if (a == "--refuse-resize") o.editor.refuseResize = true;
         else if (a == "--no-audio") o.noAudio = true;
         else if (a == "--cpu") o.cpu = true;
         else if (a == "--trace") o.trace = true;
