@@ -75,7 +75,7 @@ menu_dr_dub="340 100"
 menu_undo="515 45"
 menu_open="515 199"
 menu_save="515 219"
-menu_about="515 266"
+menu_about="515 286"
 # In the file dialog, in its own pixels: the jump to the user's patches, and OK (Open or Save).
 dialog_user_patches="235 315"
 dialog_ok="380 375"

@@ -243,7 +243,7 @@ TEST_F(MainLayout, TheMainMenuUndoesWithItsDescriptionAndShiftClickRepeats) {
         window->paintAll();
         keepPicture(*window, "main-menu");
     });
-    ASSERT_EQ(items.size(), 14u);
+    ASSERT_EQ(items.size(), 15u);
     EXPECT_EQ(items[0].caption, "Undo Change Wet Mix");
     EXPECT_TRUE(items[0].enabled);
     EXPECT_FALSE(items[1].enabled) << "nothing to redo yet";
@@ -251,8 +251,9 @@ TEST_F(MainLayout, TheMainMenuUndoesWithItsDescriptionAndShiftClickRepeats) {
     EXPECT_EQ(items[3].caption, "Initialize");
     EXPECT_EQ(items[7].caption, "Randomize");
     EXPECT_EQ(items[9].caption, "Open...");
-    EXPECT_EQ(items[12].caption, "Check for Updates");
-    EXPECT_EQ(items[13].caption, "About Tidewake");
+    EXPECT_EQ(items[12].caption, "Zoom");
+    EXPECT_EQ(items[13].caption, "Check for Updates");
+    EXPECT_EQ(items[14].caption, "About Tidewake");
     EXPECT_EQ(value(Param::wetMix), 1.0f) << "Undo took the drag back";
     EXPECT_EQ(get("lastMainMenuAction"), "undo");
 
@@ -273,7 +274,7 @@ TEST_F(MainLayout, TheMainMenuUndoesWithItsDescriptionAndShiftClickRepeats) {
 TEST_F(MainLayout, TheAboutBoxGrowsInAndAClickAnywhereClosesIt) {
     constexpr int cardX = 110, cardY = 104;
     const std::uint32_t before = pixel(cardX, cardY);
-    chooseFromMenu(13);
+    chooseFromMenu(14);
     EXPECT_EQ(get("modalLayout"), "Tidewake_about");
     window->advance(400);
     EXPECT_EQ(pixel(cardX, cardY), 0xFF112638u) << "the card's fill";
@@ -335,7 +336,7 @@ TEST(Artwork, FilmsHoldTheFramesTheLayoutCounts) {
         std::int32_t size, frames;
     };
     for (const Film& f : {Film{"Tidewake_knob_big", 64, 96}, Film{"Tidewake_knob_unipolar", 48, 64}, Film{"Tidewake_knob_modulation", 48, 64},
-                          Film{"Tidewake_knob_small", 32, 64}, Film{"Tidewake_lamp", 14, 16}}) {
+                          Film{"Tidewake_knob_small", 32, 64}, Film{"Tidewake_lamp", 16, 16}}) {
         const std::shared_ptr<Image> image = resources().getImage(resources().parseImageSpec(f.name));
         const IntRect bounds = image->getBounds();
         EXPECT_EQ(bounds.width, f.size) << f.name;
