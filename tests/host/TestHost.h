@@ -48,6 +48,8 @@ public:
     vst2::VstTimeInfo time{};
     std::vector<HostCall> calls;
     double sampleRate = 0;
+    // Whether the host's window takes the size the editor asks for.
+    bool acceptsSize = false;
 
 private:
     static TestHost*& current() {
@@ -63,6 +65,7 @@ private:
             return self->giveTime ? reinterpret_cast<vst2::intptr>(&self->time) : 0;
         if (opcode == vst2::audioMasterGetSampleRate) return static_cast<vst2::intptr>(self->sampleRate);
         self->calls.push_back({opcode, index, value, opt});
+        if (opcode == vst2::audioMasterSizeWindow) return self->acceptsSize ? 1 : 0;
         return 0;
     }
 };
