@@ -1,4 +1,4 @@
-// Builds a view tree from an arbitrary layout text and lives with it for a while: refresh,
+// Builds a view tree from an arbitrary layout text, as written and zoomed, and lives with it for a while: refresh,
 // paint, moves and presses, and a second of timers. Every fault must be one of the
 // system's own exceptions; no crash, no hang, no leak. Nothing is launched.
 #include "cushy/CushyView.h"
@@ -26,6 +26,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     host.variables["modal"] = "other";
     host.variables["self"] = "fuzz";
     auto root = std::make_shared<tw::CushyView>(host, tw::IntRect{0, 0, 64, 48});
+    // Every other input is read zoomed too, so that the zoom's rewriting meets every text.
+    root->setZoom(tw::Zoom(size % 2 == 0 ? 100 : 150));
     host.root = root.get();
     root->setHintWindow(std::make_shared<tw::HintWindow>(resources.getFont("{}"), tw::Zoom()));
     tw::CushyWindowClient client(root);
