@@ -5,6 +5,7 @@
 #include <time.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <stdexcept>
 #include <string>
 
@@ -23,7 +24,8 @@ double nowMs() {
 
 }  // namespace
 
-ClapEditorHost::ClapEditorHost(HostedClap& plugin, const volatile std::sig_atomic_t* stop) : plugin_(plugin), stop_(stop) {
+ClapEditorHost::ClapEditorHost(HostedClap& plugin, const volatile std::sig_atomic_t* stop, double scale)
+    : plugin_(plugin), stop_(stop) {
     const clap_plugin_gui_t* gui = plugin_.gui();
     const clap_plugin_t* p = &plugin_.plugin();
     if (gui == nullptr) throw std::runtime_error("the plug-in has no editor");
@@ -39,6 +41,7 @@ ClapEditorHost::ClapEditorHost(HostedClap& plugin, const volatile std::sig_atomi
         throw std::runtime_error("the plug-in refused to create its editor");
     }
     created_ = true;
+    if (scale > 0 && !gui->set_scale(p, scale)) std::fprintf(stderr, "the plug-in did not take the scale %g\n", scale);
     std::uint32_t w = 0, h = 0;
     if (!gui->get_size(p, &w, &h) || w == 0 || h == 0) w = 640, h = 480;
     width_ = static_cast<int>(w);
@@ -55,6 +58,13 @@ ClapEditorHost::ClapEditorHost(HostedClap& plugin, const volatile std::sig_atomi
     XSetWMProtocols(display_, parent_, &deleteWindow_, 1);
     XMapWindow(display_, parent_);
     XSync(display_, False);
+    plugin_.resizeWindow = [this](std::uint32_t width, std::uint32_t height) {
+        if (width == 0 || height == 0) return false;
+        width_ = int(width), height_ = int(height);
+        XResizeWindow(display_, parent_, width, height);
+        XSync(display_, False);
+        return true;
+    };
     openedAt_ = nowMs();
     clap_window_t window{};
     window.api = CLAP_WINDOW_API_X11;
@@ -69,6 +79,7 @@ ClapEditorHost::ClapEditorHost(HostedClap& plugin, const volatile std::sig_atomi
 
 ClapEditorHost::~ClapEditorHost() {
     plugin_.gui()->destroy(&plugin_.plugin());
+    plugin_.resizeWindow = nullptr;
     XDestroyWindow(display_, parent_);
     XCloseDisplay(display_);
 }

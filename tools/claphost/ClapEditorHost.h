@@ -20,7 +20,8 @@ public:
     // Opens a display, makes the parent window at the editor's size, shows it and opens the
     // editor in it. Throws std::runtime_error when any of that fails. `stop`, a signal
     // handler's flag, ends the loop as if the window were closed once it turns non-zero.
-    ClapEditorHost(HostedClap& plugin, const volatile std::sig_atomic_t* stop);
+    // `scale`: told to the editor before its size is asked (0: none), as set_scale.
+    ClapEditorHost(HostedClap& plugin, const volatile std::sig_atomic_t* stop, double scale = 0);
     // Destroys the editor, then the parent window.
     ~ClapEditorHost();
     ClapEditorHost(const ClapEditorHost&) = delete;

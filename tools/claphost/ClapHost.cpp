@@ -4,8 +4,8 @@
 //   claphost render <plugin.clap> [input] [-o output] [settings] [render options]
 //   claphost save   <plugin.clap> <state file> [settings] [--io-step N]
 //   claphost load   <plugin.clap> <state file> [--io-step N]
-//   claphost edit   <plugin.clap> [input] [settings] [--seconds S] [--no-audio] [--trace]
-//   claphost snapshot <plugin.clap> <picture.png> [settings] [--idle N] [--no-audio]
+//   claphost edit   <plugin.clap> [input] [settings] [--seconds S] [--no-audio] [--trace] [--scale S]
+//   claphost snapshot <plugin.clap> <picture.png> [settings] [--idle N] [--no-audio] [--scale S]
 //
 // --id ID picks a plug-in of the library (the first by default). Settings, applied in this
 // order: --state FILE (a saved state), then --param NAME=VALUE (the parameter's plain value,
@@ -56,6 +56,7 @@ struct Options {
     std::size_t ioStep = 0;
     double tail = 3.0, seconds = 0;
     int idlePasses = 60;
+    double scale = 0;
     bool noAudio = false, trace = false;
     std::vector<HostedClap::Setting> params;
     HostedClap::Transport transport;
@@ -70,8 +71,8 @@ struct Options {
                  "         [--stopped] [--no-time] [--note N] [--midi-note] [--tail SECONDS] [--raw]\n"
                  "  save   <plugin.clap> <file> [settings] [--io-step N]\n"
                  "  load   <plugin.clap> <file> [--io-step N]\n"
-                 "  edit   <plugin.clap> [input] [settings] [--seconds S] [--no-audio] [--trace]\n"
-                 "  snapshot <plugin.clap> <picture.png> [settings] [--idle N] [--no-audio]\n"
+                 "  edit   <plugin.clap> [input] [settings] [--seconds S] [--no-audio] [--trace] [--scale S]\n"
+                 "  snapshot <plugin.clap> <picture.png> [settings] [--idle N] [--no-audio] [--scale S]\n"
                  "settings: --state FILE  --param NAME=VALUE  --set NAME=TEXT; any command: --id ID\n",
                  problem.c_str());
     std::exit(2);
@@ -106,6 +107,7 @@ Options parse(int argc, char** argv) {
         else if (a == "--io-step") o.ioStep = static_cast<std::size_t>(wholeOption(a, next(), 1, 1 << 30));
         else if (a == "--seconds") o.seconds = numberOption(a, next(), 0, 86400);
         else if (a == "--idle") o.idlePasses = wholeOption(a, next(), 0, 100000);
+        else if (a == "--scale") o.scale = numberOption(a, next(), 0.5, 8);
         else if (a == "--no-audio") o.noAudio = true;
         else if (a == "--trace") o.trace = true;
         else if (a.size() > 1 && a[0] == '-') usage("unknown option " + a);
@@ -310,7 +312,7 @@ void edit(HostedClap& plugin, const Options& o) {
     std::vector<std::string> shown;
     for (const clap_param_info_t& p : list) shown.push_back(plugin.currentText(p.id));
     plugin.takeHeard();  // what the settings caused is not the editor's
-    ClapEditorHost host(plugin, &stopRequested);
+    ClapEditorHost host(plugin, &stopRequested, o.scale);
     const double firstFrame = host.waitForFirstFrame(10);
     std::printf("%s: editor %d x %d, first frame %.1f ms after set_parent\n", plugin.descriptor().name, host.width(),
                 host.height(), firstFrame);
@@ -323,7 +325,7 @@ void edit(HostedClap& plugin, const Options& o) {
 
 void snapshot(HostedClap& plugin, const Options& o) {
     const std::unique_ptr<ClapAudioLoop> audio = startAudio(plugin, o);
-    ClapEditorHost host(plugin, nullptr);
+    ClapEditorHost host(plugin, nullptr, o.scale);
     const double firstFrame = host.waitForFirstFrame(10);
     if (firstFrame < 0) throw std::runtime_error("the editor showed nothing within 10 s");
     // One pass of the plug-in's timer each.

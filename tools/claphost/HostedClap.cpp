@@ -227,9 +227,10 @@ const void* HostedClap::hostExtension(const clap_host_t*, const char* id) {
         [](const clap_host_t*, std::uint32_t) {}};
     static const clap_host_gui_t gui{
         [](const clap_host_t*) {},
-        [](const clap_host_t* h, std::uint32_t w, std::uint32_t) {
-            of(h).hear({Heard::Kind::resize, 0, double(w), false});
-            return false;
+        [](const clap_host_t* h, std::uint32_t w, std::uint32_t height) {
+            HostedClap& self = of(h);
+            self.hear({Heard::Kind::resize, 0, double(w), false});
+            return self.resizeWindow && self.resizeWindow(w, height);
         },
         [](const clap_host_t*) { return false; }, [](const clap_host_t*) { return false; },
         [](const clap_host_t*, bool) {}};

@@ -116,6 +116,9 @@ public:
         double value;  // for value; the rescan's flags
         bool viaFlush;  // the event left through flush rather than process
     };
+    // The host's side of the editor's request_resize: whether its window took the size.
+    // Unset, every request is refused.
+    std::function<bool(std::uint32_t width, std::uint32_t height)> resizeWindow;
     // Whether the plug-in's calls are kept for `takeHeard`.
     std::atomic<bool> recordHeard{false};
     std::vector<Heard> takeHeard();

@@ -8,7 +8,9 @@
 //
 //   cushy-render main.cushy out.png [--size 525x475] [--set name=value]... [--mouse x,y]
 //                [--popup "items: { ... }"] [--press x,y] [--drag x,y] [--release x,y]
-//                [--wait ms]
+//                [--wait ms] [--scale S]
+// With --scale, the layout is drawn at the nearest zoom (1.25 for 125 %): the size, points and
+// steps are the layout's own, at 100 %, and the picture is at the zoom.
 #include "cushy/CushyView.h"
 #include "cushy/CushyWindowClient.h"
 #include "cushy/HintWindow.h"
@@ -40,6 +42,7 @@ struct Options {
     std::optional<std::pair<std::int32_t, std::int32_t>> mouse;
     std::optional<std::string> popup;
     std::vector<Step> steps;
+    double scale = 1;
 };
 
 bool parseOptions(int argc, char** argv, Options& options) {
@@ -70,6 +73,8 @@ bool parseOptions(int argc, char** argv, Options& options) {
             options.steps.push_back(step);
         } else if (arg == "--popup" && hasValue) {
             options.popup = argv[++i];
+        } else if (arg == "--scale" && hasValue) {
+            if (std::sscanf(argv[++i], "%lf", &options.scale) != 1 || !(options.scale >= 0.5 && options.scale <= 8)) return false;
         } else if (arg.starts_with("--")) {
             return false;
         } else {
@@ -95,12 +100,17 @@ int render(const Options& options) {
     }
     for (const auto& [name, value] : options.variables) host.variables[name] = value;
 
-    auto root = std::make_shared<tw::CushyView>(host, tw::IntRect{0, 0, options.width, options.height});
+    const tw::Zoom zoom(std::int32_t(options.scale * 100 + 0.5));
+    const std::int32_t width = zoom.length(options.width), height = zoom.length(options.height);
+    auto at = [&](std::int32_t units) { return zoom.length(units); };
+    auto root = std::make_shared<tw::CushyView>(host, tw::IntRect{0, 0, width, height});
+    root->setZoom(zoom);
     host.root = root.get();
     host.reportsErrors = false;
-    root->setHintWindow(std::make_shared<tw::HintWindow>(resources.getFont("{ color: 0xFFE8F1F5 }"), tw::Zoom()));
+    const std::string hintFont = "{ color: 0xFFE8F1F5, zoom: " + std::to_string(zoom.percent()) + " }";
+    root->setHintWindow(std::make_shared<tw::HintWindow>(resources.getFont(hintFont), zoom));
     tw::CushyWindowClient client(root);
-    tw::WindowDouble window(client, options.width, options.height);
+    tw::WindowDouble window(client, width, height);
     root->load(options.layout.stem().string());
     client.attach(&window);
     root->refresh();
@@ -108,11 +118,11 @@ int render(const Options& options) {
     for (const Step& step : options.steps) {
         switch (step.kind) {
             case Step::press:
-                window.mouseMove(step.x, step.y);
-                window.mouseDown(step.x, step.y);
+                window.mouseMove(at(step.x), at(step.y));
+                window.mouseDown(at(step.x), at(step.y));
                 break;
-            case Step::drag: window.mouseMove(step.x, step.y, 1u << tw::leftButton); break;
-            case Step::release: window.mouseUp(step.x, step.y); break;
+            case Step::drag: window.mouseMove(at(step.x), at(step.y), 1u << tw::leftButton); break;
+            case Step::release: window.mouseUp(at(step.x), at(step.y)); break;
             case Step::wait:
                 // Time passes with the window shown: views that start at their first paint start.
                 window.paintInvalid();
@@ -121,7 +131,7 @@ int render(const Options& options) {
         }
     }
     if (options.mouse) {
-        window.mouseMove(options.mouse->first, options.mouse->second);
+        window.mouseMove(at(options.mouse->first), at(options.mouse->second));
         window.advance(tw::HintWindow::showDelay);
     }
 
@@ -149,7 +159,7 @@ int render(const Options& options) {
 int main(int argc, char** argv) {
     Options options;
     if (!parseOptions(argc, argv, options)) {
-        std::cerr << "usage: cushy-render layout.cushy out.png [--size WxH] [--set name=value]... [--mouse x,y]"
+        std::cerr << "usage: cushy-render layout.cushy out.png [--size WxH] [--set name=value]... [--mouse x,y] [--scale S]"
                      " [--popup params]"
                      " [--press x,y] [--drag x,y] [--release x,y] [--wait ms]\n";
         return 2;
