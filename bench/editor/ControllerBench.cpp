@@ -5,7 +5,11 @@
 // button state. The painting, against a plain copy of the window's pixels: a full repaint
 // of the face, and what one turn of the delay-time knob repaints. And one mouse move of a
 // knob drag through the variable's number handle, against the same write as text by name.
+// The zoom, at 200 % against 100 % in the same run: opening (layout, pictures and fonts
+// read afresh, first frame painted), an idle tick with the window's animations, a knob turn,
+// and the memory the open editor holds.
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 
 #include <cstdio>
 #include <stdexcept>
@@ -36,7 +40,8 @@ vst2::intptr silentHost(vst2::AEffect*, vst2::int32 opcode, vst2::int32, vst2::i
 }
 
 struct Editor {
-    ResourceManager resources{"Tidewake", "/nonexistent/"};
+    ResourceManager ownResources{"Tidewake", "/nonexistent/"};
+    ResourceManager& resources;
     StringTable strings;
     vst2::AEffect* effect = createEffect(&silentHost, std::make_unique<TidewakeFactory>(), &tidewakeEditor());
     Instance& instance = Vst2Plugin::of(effect)->instance();
@@ -45,10 +50,14 @@ struct Editor {
     std::unique_ptr<WindowDouble> window;
 
     // With `painted`, the editor opens in a window of its size and paints once.
-    explicit Editor(bool painted = false) {
+    // With `shared`, the pictures and fonts of earlier editors, as a plug-in's process keeps them.
+    explicit Editor(bool painted = false, std::int32_t zoom = 100, ResourceManager* shared = nullptr)
+        : resources(shared ? *shared : ownResources) {
         strings.load(resources, "Tidewake");
         controller = tidewakeEditor().createController(instance, resources, strings);
-        if (painted) window = std::make_unique<WindowDouble>(controller->client(), 525, 475);
+        controller->setZoom(Zoom(zoom));
+        const IntRect size = controller->size();
+        if (painted) window = std::make_unique<WindowDouble>(controller->client(), size.width, size.height);
         controller->open(window.get());
         if (controller->rootView().currentLayout() != "Tidewake_main") throw std::runtime_error("no main layout");
         if (window) window->paintAll();
@@ -105,7 +114,7 @@ double turnArea = 0;
 // One step of a drag on the delay-time knob as the screen sees it: the value changes,
 // the next fast tick refreshes, and what that invalidated is painted.
 void delayKnobTurn(benchmark::State& state) {
-    Editor editor(true);
+    Editor editor(true, std::int32_t(state.range(0)));
     float value = 0.25f;
     auto turn = [&] {
         value = 0.75f - value + 0.25f;
@@ -116,14 +125,66 @@ void delayKnobTurn(benchmark::State& state) {
     turn();
     std::int64_t area = 0;
     for (const IntRect& r : editor.window->invalidations()) area += std::int64_t(r.width) * r.height;
-    turnArea = double(area) / (525.0 * 475.0);
+    const IntRect size = editor.controller->size();
+    if (state.range(0) == 100) turnArea = double(area) / (double(size.width) * size.height);
     editor.window->paintInvalid();
     for (auto _ : state) {
         turn();
         editor.window->paintInvalid();
     }
 }
-BENCHMARK(delayKnobTurn);
+BENCHMARK(delayKnobTurn)->Arg(100)->Arg(200);
+
+// An editor opened from nothing: its own store of pictures and fonts, the layout read and
+// built at the zoom, and the first frame painted.
+void openEditor(benchmark::State& state) {
+    for (auto _ : state) {
+        Editor editor(true, std::int32_t(state.range(0)));
+        benchmark::DoNotOptimize(editor.window.get());
+    }
+}
+BENCHMARK(openEditor)->Arg(100)->Arg(200)->Unit(benchmark::kMillisecond);
+
+// The same once the process holds the pictures and fonts: every open after the first.
+void reopenEditor(benchmark::State& state) {
+    ResourceManager shared("Tidewake", "/nonexistent/");
+    { Editor first(true, std::int32_t(state.range(0)), &shared); }
+    for (auto _ : state) {
+        Editor editor(true, std::int32_t(state.range(0)), &shared);
+        benchmark::DoNotOptimize(editor.window.get());
+    }
+}
+BENCHMARK(reopenEditor)->Arg(100)->Arg(200)->Unit(benchmark::kMillisecond);
+
+// The open editor at rest over 100 ms of its timers: the meters, lamps and needle tick and
+// paint what changed, with audio feeding them as a playing host does.
+void idleTicks(benchmark::State& state) {
+    Editor editor(true, std::int32_t(state.range(0)));
+    float in[2][64] = {}, out[2][64];
+    float* ins[2] = {in[0], in[1]};
+    float* outs[2] = {out[0], out[1]};
+    for (int i = 0; i < 64; ++i) in[0][i] = in[1][i] = (i % 16 < 8) ? 0.5f : -0.5f;
+    for (auto _ : state) {
+        for (int block = 0; block < 75; ++block) editor.effect->processReplacing(editor.effect, ins, outs, 64);
+        editor.window->advance(100);
+        editor.window->paintInvalid();
+    }
+}
+BENCHMARK(idleTicks)->Arg(100)->Arg(200);
+
+// The bytes the heap holds for an open, painted editor at a zoom, beyond the instance's.
+double editorBytes(std::int32_t zoom) {
+    Editor base(false);
+    base.controller->close();
+    const struct mallinfo2 before = mallinfo2();
+    double bytes = 0;
+    {
+        Editor editor(true, zoom);
+        const struct mallinfo2 open = mallinfo2();
+        bytes = double(open.uordblks + open.hblkhd) - double(before.uordblks + before.hblkhd);
+    }
+    return bytes;
+}
 
 // What one mouse move of a drag costs the model, before anything is painted: the value
 // written as text through the variable's name, as the controls once did, and through the
@@ -167,8 +228,19 @@ int main(int argc, char** argv) {
     if (copy > 0 && full > 0) {
         std::printf("fullRepaint %8.2f x plainWindowCopy (525 x 475; %.3f ms)\n", full / copy, full / 1e6);
         std::printf("delayKnobTurn %8.3f x fullRepaint; it invalidates %.3f of the window\n",
-                    reporter.times["delayKnobTurn"] / full, turnArea);
+                    reporter.times["delayKnobTurn/100"] / full, turnArea);
     }
+    auto zoomRatio = [&](const char* name, const char* what) {
+        const double at100 = reporter.times[std::string(name) + "/100"], at200 = reporter.times[std::string(name) + "/200"];
+        if (at100 > 0) std::printf("%s/200 %8.2f x %s/100 (%s)\n", name, at200 / at100, name, what);
+    };
+    zoomRatio("openEditor", "at most 2; the pictures decoded afresh");
+    zoomRatio("reopenEditor", "the pictures kept from the first open");
+    zoomRatio("idleTicks", "at most 4, the pixel count");
+    zoomRatio("delayKnobTurn", "at most 4, the pixel count");
+    const double bytes100 = editorBytes(100), bytes200 = editorBytes(200);
+    std::printf("open editor's heap: %.1f MiB at 100 %%, %.1f MiB at 200 %% (%.2f x)\n", bytes100 / 1048576,
+                bytes200 / 1048576, bytes200 / bytes100);
     benchmark::Shutdown();
     return 0;
 }
