@@ -116,7 +116,10 @@ std::string Zoom::zoomRect(const std::string& raw) const {
 }
 
 std::string Zoom::zoomMap(const std::string& raw, std::string_view type) const {
-    SpecMap map = parseMap(raw);
+    return braced(zoomEntries(parseMap(raw), type));
+}
+
+SpecMap Zoom::zoomEntries(SpecMap map, std::string_view type) const {
     for (auto& [key, value] : map) {
         if (isRectKey(key)) {
             value = zoomRect(value);
@@ -147,12 +150,12 @@ std::string Zoom::zoomMap(const std::string& raw, std::string_view type) const {
     }
     // A vector view without a scale of its own draws at 100 %.
     if (type == "vector" && map.find("scale") == map.end()) map.emplace("scale", std::to_string(percent_));
-    return braced(map);
+    return map;
 }
 
 SpecMap Zoom::zoomView(const SpecMap& view) const {
     if (isIdentity()) return view;
-    return parseMap(zoomMap(braced(view), unquote(lookup(view, "type"))));
+    return zoomEntries(view, unquote(lookup(view, "type")));
 }
 
 SpecMap Zoom::zoomLayout(const SpecMap& layout) const {

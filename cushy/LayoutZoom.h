@@ -48,6 +48,7 @@ public:
 
 private:
     std::string zoomMap(const std::string& raw, std::string_view type) const;
+    SpecMap zoomEntries(SpecMap map, std::string_view type) const;
     std::string zoomLengths(const std::string& raw, bool lineWidths) const;
     std::string zoomName(const std::string& raw) const;
 
