@@ -1,5 +1,6 @@
 #include "vector/KeelPainter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <ostream>
@@ -129,6 +130,8 @@ void KeelPainter::rect(Ketch::Frame& frame, std::string_view arguments) {
     const int radii = rounded ? readNumberList(frame, *rounded, 1, 2, r) : 0;
     args.finish();
     if (!drawsShapes()) return;
+    const double penWidth = state_.width;
+    snapRect(v, state_.width);
     VectorPath shape;
     if (radii == 0) {
         shape.addRect(v[0], v[1], v[2], v[3]);
@@ -136,6 +139,25 @@ void KeelPainter::rect(Ketch::Frame& frame, std::string_view arguments) {
         shape.addRoundedRect(v[0], v[1], v[2], v[3], r[0], r[radii - 1], quality());
     }
     draw(shape);
+    state_.width = penWidth;
+}
+
+void KeelPainter::snapRect(double v[4], double& penWidth) const {
+    const Matrix& m = state_.matrix;
+    if (!state_.pixelGrid || m.m[1] != 0 || m.m[3] != 0 || !(m.m[0] > 0) || !(m.m[4] > 0)) return;
+    const bool strokes = draws(state_.pen) && penWidth > 1e-8;
+    // A pen as wide in whole pixels as it comes out, never under one; its edges, not its
+    // centre line, fall on pixel boundaries. Without a pen, the fill's edges do.
+    const double sx = m.m[0], sy = m.m[4];
+    const double device = strokes ? std::max(1.0, std::floor(penWidth * std::min(sx, sy) + 0.5)) : 0;
+    auto snap = [&](double user, double scale, double shift) {
+        const double edge = user * scale + shift - device / 2;
+        return (std::floor(edge + 0.5) + device / 2 - shift) / scale;
+    };
+    const double left = snap(v[0], sx, m.m[2]), right = snap(v[0] + v[2], sx, m.m[2]);
+    const double top = snap(v[1], sy, m.m[5]), bottom = snap(v[1] + v[3], sy, m.m[5]);
+    v[0] = left, v[2] = right - left, v[1] = top, v[3] = bottom - top;
+    if (strokes) penWidth = device / std::min(sx, sy);
 }
 
 void KeelPainter::ellipse(Ketch::Frame& frame, std::string_view arguments) {

@@ -33,6 +33,8 @@ public:
     // transform. "trace" writes its lines to `traceOut`; "include" asks `loader`, if any.
     KeelPainter(PaintTarget& target, const Matrix& matrix, std::ostream& traceOut, Loader loader = {});
     KeelPainter(const KeelPainter&) = delete;
+    // Puts rectangles on the device's pixel grid from now on (see PainterState::pixelGrid).
+    void snapToPixels(bool on) { initial_.pixelGrid = state_.pixelGrid = on; }
     KeelPainter& operator=(const KeelPainter&) = delete;
 
     // Only "keel-1", and nothing required beyond Ketch itself.
@@ -46,6 +48,9 @@ public:
     const PainterState& state() const { return state_; }
 
 private:
+    // The rectangle `v` (x, y, width, height) and the pen's width moved onto whole device
+    // pixels, when the grid is on and the transform keeps axes.
+    void snapRect(double v[4], double& penWidth) const;
     // A sub-painter for the body of `context`, `mask` or a pattern.
     KeelPainter(PaintTarget& target, PainterState initial, PainterState current, std::ostream& traceOut,
                 Loader loader);

@@ -34,6 +34,10 @@ struct PainterState {
     // Coverage that every shape is multiplied by. Copies of the state share it; it is only
     // ever replaced whole, never drawn into.
     std::shared_ptr<RLERaster8> mask;
+    // Rectangles' edges and their pens' widths put on whole device pixels: set for pictures
+    // drawn at a zoom, where a hairline of the 100 % picture would otherwise fall between
+    // pixels and blur.
+    bool pixelGrid = false;
 };
 
 }  // namespace tw

@@ -296,3 +296,36 @@ TEST(KeelBounds, DoNothingOnACanvasAndFailInAMask) {
     EXPECT_EQ(c.at(15, 15), 0xFFFF0000u);
     EXPECT_EQ(faultOf<Ketch::RunTimeException>("mask [context [bounds 0,0,1,1]]"), "Bounds cannot be declared for mask");
 }
+
+// A picture drawn at 125 % with the grid on: a hairline frame and a one-pixel fill land on
+// whole pixels, fully covered or not at all, where without the grid they fall between two.
+TEST(KeelPixelGrid, RectanglesAndTheirPensLandOnWholePixelsAtAZoom) {
+    const char* picture = "fill none; pen #FFFFFF width:1; rect 2.5,2.5,9,9; pen none; fill #FFFFFF; rect 0,14,16,1";
+    auto coverage = [](std::uint32_t pixel) { return pixel >> 24; };
+    KeelCanvas plain(20, 20, 1.25), snapped(20, 20, 1.25);
+    snapped.painter.snapToPixels(true);
+    plain.run(picture);
+    snapped.run(picture);
+    // Each row through the frame's left side and the bar: partial coverage without the grid.
+    auto partial = [&](KeelCanvas& c) {
+        int count = 0;
+        for (std::int32_t x = 0; x < 20; ++x) count += coverage(c.at(x, 8)) % 255 != 0;
+        for (std::int32_t y = 16; y < 20; ++y) count += coverage(c.at(5, y)) % 255 != 0;
+        return count;
+    };
+    EXPECT_GT(partial(plain), 0);
+    EXPECT_EQ(partial(snapped), 0);
+    // The frame is one pixel wide on each side, and the bar one pixel high.
+    int frameRow = 0, barColumn = 0;
+    for (std::int32_t x = 0; x < 20; ++x) frameRow += coverage(snapped.at(x, 8)) == 255;
+    for (std::int32_t y = 0; y < 20; ++y) barColumn += coverage(snapped.at(1, y)) == 255;
+    EXPECT_EQ(frameRow, 2);
+    EXPECT_EQ(barColumn, 1);
+    // At 100 % the grid changes nothing: the pictures are drawn for it.
+    KeelCanvas one(20, 20, 1), oneSnapped(20, 20, 1);
+    oneSnapped.painter.snapToPixels(true);
+    one.run(picture);
+    oneSnapped.run(picture);
+    for (std::int32_t y = 0; y < 20; ++y)
+        for (std::int32_t x = 0; x < 20; ++x) ASSERT_EQ(one.at(x, y), oneSnapped.at(x, y)) << x << "," << y;
+}

@@ -1,7 +1,7 @@
 // keel-render: draws a Keel source file into a PNG, for the product's own pictures and for
 // the artists who draw them. The size is the picture's in Keel units, and the PNG has that
 // many pixels times the scale, as a view of that size would paint it on a screen of that
-// scale. "trace" writes to standard output, "include" reads files beside the source, and a
+// scale, with rectangles and their pens put on whole pixels when the scale is not 1. "trace" writes to standard output, "include" reads files beside the source, and a
 // fault is printed with the statement it arose in; nothing is written then.
 //
 //   keel-render picture.keel picture.png 100x100 [scale]
@@ -72,6 +72,8 @@ int main(int argc, char** argv) {
                             [&folder](std::string_view name, std::string& included) {
                                 return readFile(folder / std::string(name), included);
                             });
+    // At a zoom, rectangles and their pens land on whole pixels, as at 100 %.
+    painter.snapToPixels(scale != 1);
     tw::Ketch::VariableMap variables;
     tw::Ketch::Frame frame(painter, variables, 1000000, 100);
     try {
