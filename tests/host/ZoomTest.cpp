@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <regex>
@@ -17,10 +18,12 @@
 #include "cushy/CushyView.h"
 #include "cushy/KnobView.h"
 #include "cushy/LayoutZoom.h"
+#include "cushy/PopupMenu.h"
 #include "cushy/doubles/WindowDouble.h"
 #include "editor/ModelController.h"
 #include "editor/ZoomChoice.h"
 #include "graphics/Font.h"
+#include "graphics/PNGWriter.h"
 #include "graphics/ResourceManager.h"
 #include "patch/Prefs.h"
 #include "platform/DesktopScale.h"
@@ -172,6 +175,88 @@ TEST(Zoom, TheLongestValuesFitTheirCaptionsAtEveryLevel) {
         }
         EXPECT_GE(checked, 11) << percent;
     }
+}
+
+// The windows the editor opens over itself, and its modal layouts, at 100 and 200 %: each
+// twice as large at 200 %, within a pixel or two of rounding. The pictures are kept in the
+// build's pictures/zoom to be looked at.
+TEST(Zoom, MenusBoxesAndTheModalLayoutsFollowTheZoom) {
+    struct Seen {
+        std::int32_t menuWidth = 0, menuItem = 0, entryWidth = 0, entryHeight = 0, dialogWidth = 0;
+    };
+    auto look = [](std::int32_t percent) {
+        ZoomedFace face(percent);
+        const Zoom zoom(percent);
+        const std::filesystem::path folder = std::filesystem::path(TIDEWAKE_BINARY_DIR) / "pictures" / "zoom";
+        std::filesystem::create_directories(folder);
+        const std::string suffix = "-" + std::to_string(percent) + ".png";
+        Seen seen;
+        auto click = [&](std::int32_t x, std::int32_t y) {
+            face.window->mouseMove(zoom.length(x), zoom.length(y));
+            face.window->mouseDown(zoom.length(x), zoom.length(y));
+            face.window->mouseUp(zoom.length(x), zoom.length(y));
+            face.window->advance(20);
+        };
+        // The main menu: its width and an item's height, then closed.
+        face.window->user = [&](WindowDouble& w) {
+            auto& menu = static_cast<PopupMenu&>(w.topHelper()->client());
+            seen.menuWidth = menu.width();
+            seen.menuItem = menu.itemRect(0).height;
+            writePNG((folder / ("menu" + suffix)).string(), w.topHelper()->screenshot());
+            w.topHelper()->key(Key::escape);
+        };
+        click(501, 20);
+        // The value entry of the delay time.
+        face.window->user = [&](WindowDouble& w) {
+            seen.entryWidth = w.topHelper()->width();
+            seen.entryHeight = w.topHelper()->height();
+            writePNG((folder / ("entry" + suffix)).string(), w.topHelper()->screenshot());
+            w.topHelper()->key(Key::escape);
+        };
+        click(312, 150);
+        // The file dialog, from the menu's "Open...".
+        face.window->user = [&](WindowDouble& w) {
+            WindowDouble* top = w.topHelper();
+            if (auto* menu = dynamic_cast<PopupMenu*>(&top->client())) {
+                const IntRect r = menu->itemRect(9);
+                top->mouseMove(r.left + 10, r.top + r.height / 2);
+                top->mouseDown(r.left + 10, r.top + r.height / 2);
+                top->mouseUp(r.left + 10, r.top + r.height / 2);
+                return;
+            }
+            seen.dialogWidth = top->width();
+            writePNG((folder / ("open" + suffix)).string(), top->screenshot());
+            top->key(Key::escape);
+        };
+        click(501, 20);
+        face.window->user = nullptr;
+        // The about box and the tour's first page, drawn over the face.
+        face.controller->setVariable(face.controller->rootView(), "modalLayout", "Tidewake_about", false);
+        face.controller->update(face.controller->rootView());
+        face.window->paintAll();
+        face.window->advance(600);
+        face.window->paintAll();
+        writePNG((folder / ("about" + suffix)).string(), face.window->screenshot());
+        face.controller->setVariable(face.controller->rootView(), "modalLayout", "", false);
+        face.controller->update(face.controller->rootView());
+        face.window->advance(600);
+        click(465, 20);
+        // The page types itself out from its first paint on.
+        face.window->paintAll();
+        face.window->advance(4000);
+        face.window->paintAll();
+        writePNG((folder / ("tour" + suffix)).string(), face.window->screenshot());
+        return seen;
+    };
+    const Seen at100 = look(100), at200 = look(200);
+    ASSERT_GT(at100.menuWidth, 0);
+    ASSERT_GT(at100.entryWidth, 0);
+    EXPECT_NEAR(at200.menuWidth, 2 * at100.menuWidth, 8) << "the widest caption sets it, in a font of its own size";
+    EXPECT_EQ(at200.menuItem, 2 * at100.menuItem);
+    EXPECT_NEAR(at200.entryWidth, 2 * at100.entryWidth, 8);
+    EXPECT_EQ(at200.entryHeight, 2 * at100.entryHeight);
+    ASSERT_GT(at100.dialogWidth, 0);
+    EXPECT_EQ(at200.dialogWidth, 2 * at100.dialogWidth);
 }
 
 TEST(Zoom, TheHostComesFirstThenTheUserThenTheDesktop) {
