@@ -105,30 +105,21 @@ TEST(Zoom, EveryRectangleOfTheFaceIsTheHundredPercentOneZoomedEdgeByEdge) {
 }
 
 TEST(Zoom, ADragOfNPixelsAtTwoHundredTurnsAKnobAsHalfAsManyDoAtOneHundred) {
-    // The Wet knob's centre at 100 %, and the value after a drag of `pixels` straight up.
-    auto dragged = [](std::int32_t percent, std::int32_t pixels) {
+    // The Wet knob's value after a drag of `pixels` from its centre, up (negative) or down.
+    auto drag = [](std::int32_t percent, std::int32_t pixels) {
         ZoomedFace face(percent);
         const Zoom zoom(percent);
-        const std::int32_t x = zoom.length(458), y = zoom.length(292);
+        const std::int32_t x = zoom.length(458), y = zoom.length(292), step = pixels < 0 ? -1 : 1;
         face.window->mouseMove(x, y);
         face.window->mouseDown(x, y);
-        for (std::int32_t d = 1; d <= pixels; ++d) face.window->mouseMove(x, y - d, 1u << leftButton);
-        face.window->mouseUp(x, y - pixels);
-        face.window->advance(20);
-        return face.host.instance().getParameter(0, Param::wetMix);
-    };
-    // Down from full, so that the drag is not held at the top.
-    auto down = [](std::int32_t percent, std::int32_t pixels) {
-        ZoomedFace face(percent);
-        const Zoom zoom(percent);
-        const std::int32_t x = zoom.length(458), y = zoom.length(292);
-        face.window->mouseMove(x, y);
-        face.window->mouseDown(x, y);
-        for (std::int32_t d = 1; d <= pixels; ++d) face.window->mouseMove(x, y + d, 1u << leftButton);
+        for (std::int32_t d = step; d != pixels + step; d += step) face.window->mouseMove(x, y + d, 1u << leftButton);
         face.window->mouseUp(x, y + pixels);
         face.window->advance(20);
         return face.host.instance().getParameter(0, Param::wetMix);
     };
+    // Down from full, so that the drag is not held at the top.
+    auto down = [&](std::int32_t percent, std::int32_t pixels) { return drag(percent, pixels); };
+    auto dragged = [&](std::int32_t percent, std::int32_t pixels) { return drag(percent, -pixels); };
     EXPECT_EQ(down(200, 40), down(100, 20));
     EXPECT_EQ(down(200, 64), down(100, 32));
     EXPECT_LT(down(200, 40), 1.0f);
