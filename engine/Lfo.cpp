@@ -136,4 +136,40 @@ void Lfo::updateShownValue(bool delayTarget) {
     if (std::fabs(n) > 1e-5f) value = (values[4] - values[0]) / n;
 }
 
+void Lfo::advancePlain(int shape, bool delayTarget, int steps, float* shown) {
+    const int selector = shape * 2 + (delayTarget ? 1 : 0);
+    float first[kMaxQuietSteps];
+    float middle[kMaxQuietSteps];
+    float p = phase;
+    for (int j = 0; j < steps; ++j) {
+        for (int k = 0; k < kSteps; ++k) {
+            if (k == 0) first[j] = p;
+            if (k == 4) middle[j] = p;
+            p += increment;
+            if (std::fabs(p) > 0.5f) p -= signOf(p);
+        }
+    }
+    phase = p;
+    if (steps == 0) return;
+    if (!delayTarget) {
+        for (int j = 0; j < steps; ++j) shown[j] = plainShape(selector, first[j]);
+        values[0] = value = shown[steps - 1];
+        return;
+    }
+    float n = increment * -6.2831855f * 8.0f * 0.5f;
+    const bool sloped = std::fabs(n) > 1e-5f;
+    float v = value;
+    for (int j = 0; j < steps; ++j) {
+        float a = plainShape(selector, first[j]);
+        float b = plainShape(selector, middle[j]);
+        if (sloped) v = (b - a) / n;
+        shown[j] = v;
+        if (j == steps - 1) {
+            values[0] = a;
+            values[4] = b;
+        }
+    }
+    value = v;
+}
+
 }  // namespace tw

@@ -60,6 +60,13 @@ struct Lfo {
     // its integral.
     void updateShownValue(bool delayTarget);
 
+    // Free and of a plain shape (not random), as many silent steps as `steps` (at most
+    // kMaxQuietSteps), each followed by updateShownValue, exactly as that many calls of
+    // advance and updateShownValue leave it; shown receives the value after each step.
+    // The phase runs first and the shapes after it, so that the steps overlap.
+    static constexpr int kMaxQuietSteps = 16;
+    void advancePlain(int shape, bool delayTarget, int steps, float* shown);
+
 private:
     void pullTo(float target, bool resync, float lfoPull);
 };

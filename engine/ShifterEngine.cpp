@@ -5,10 +5,12 @@
 
 #include "engine/EngineMath.h"
 #include "engine/EngineTables.h"
+#include "engine/WideLoops.h"
 #include "engine/WideVectors.h"
 #include "engine/NoteRatios.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <immintrin.h>
 
@@ -36,37 +38,31 @@ bool anyAbove(const float* left, const float* right, float threshold) {
     return _mm_movemask_ps(above) != 0;
 }
 
-// The same over n samples of each channel, n a multiple of 8, with one test at the end.
-bool anyAboveBaseline(const float* left, const float* right, size_t n, float threshold) {
+// The quiet frames at the start of a run, their outputs zeroed as each is found quiet;
+// stops at the first frame with a sample above threshold. Outputs may be the inputs.
+int quietFramesBaseline(const float* inL, const float* inR, float* outL, float* outR, int frames,
+                        float threshold) {
     const __m128 magnitude = _mm_castsi128_ps(_mm_set1_epi32(0x7fffffff));
     const __m128 limit = _mm_set1_ps(threshold);
-    __m128 above = _mm_setzero_ps();
-    __m128 aboveRight = _mm_setzero_ps();
-    for (size_t i = 0; i < n; i += 4) {
-        above = _mm_or_ps(above, _mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(left + i), magnitude), limit));
-        aboveRight = _mm_or_ps(aboveRight, _mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(right + i), magnitude), limit));
+    const __m128 zero = _mm_setzero_ps();
+    for (int k = 0; k < frames; ++k) {
+        const size_t at = static_cast<size_t>(k) * 8;
+        __m128 above = _mm_or_ps(_mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(inL + at), magnitude), limit),
+                                 _mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(inL + at + 4), magnitude), limit));
+        above = _mm_or_ps(above, _mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(inR + at), magnitude), limit));
+        above = _mm_or_ps(above, _mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(inR + at + 4), magnitude), limit));
+        if (_mm_movemask_ps(above) != 0) return k;
+        _mm_storeu_ps(outL + at, zero);
+        _mm_storeu_ps(outL + at + 4, zero);
+        _mm_storeu_ps(outR + at, zero);
+        _mm_storeu_ps(outR + at + 4, zero);
     }
-    return _mm_movemask_ps(_mm_or_ps(above, aboveRight)) != 0;
+    return frames;
 }
 
-// A comparison has no rounding, so the wide one answers exactly as the baseline.
-__attribute__((target("avx2"))) bool anyAboveWide(const float* left, const float* right, size_t n,
-                                                  float threshold) {
-    const __m256 magnitude = _mm256_castsi256_ps(_mm256_set1_epi32(0x7fffffff));
-    const __m256 limit = _mm256_set1_ps(threshold);
-    __m256 above = _mm256_setzero_ps();
-    __m256 aboveRight = _mm256_setzero_ps();
-    for (size_t i = 0; i < n; i += 8) {
-        above = _mm256_or_ps(above, _mm256_cmp_ps(_mm256_and_ps(_mm256_loadu_ps(left + i), magnitude), limit,
-                                                  _CMP_GT_OQ));
-        aboveRight = _mm256_or_ps(aboveRight, _mm256_cmp_ps(_mm256_and_ps(_mm256_loadu_ps(right + i), magnitude),
-                                                            limit, _CMP_GT_OQ));
-    }
-    return _mm256_movemask_ps(_mm256_or_ps(above, aboveRight)) != 0;
-}
-
-bool anyAbove(const float* left, const float* right, size_t n, float threshold) {
-    return wideVectors() ? anyAboveWide(left, right, n, threshold) : anyAboveBaseline(left, right, n, threshold);
+int quietFrames(const float* inL, const float* inR, float* outL, float* outR, int frames, float threshold) {
+    return wideVectors() ? wide::quietFrames(inL, inR, outL, outR, frames, threshold)
+                         : quietFramesBaseline(inL, inR, outL, outR, frames, threshold);
 }
 
 // Whether every sample of the two channels' frames is a finite number: x * 0 is NaN
@@ -231,21 +227,32 @@ int ShifterEngine::processFrames(const FrameControls& in, int frames, FrameRepor
 // carries: then the run stops before the next control update.
 int ShifterEngine::quietRun(const FrameControls& in, int frames, FrameReport& out, float* needles) {
     int n = in.lfoSync ? std::min(frames, std::max(controlCountdown, 1)) : frames;
-    if (anyAbove(in.inputs[0], in.inputs[1], static_cast<size_t>(n) * kFrameSize, kWakeThreshold)) {
-        // Rare: something wakes the loop inside the run; the run stops before its frame.
-        for (int k = 0; k < n; ++k) {
-            const size_t at = static_cast<size_t>(k) * kFrameSize;
-            if (anyAbove(in.inputs[0] + at, in.inputs[1] + at, kFrameSize, kWakeThreshold)) {
-                n = k;
-                break;
-            }
-        }
-        if (n == 0) return 0;
-    }
+    // Rare: something wakes the loop inside the run; the run stops before its frame.
+    n = quietFrames(in.inputs[0], in.inputs[1], in.outputs[0], in.outputs[1], n, kWakeThreshold);
+    if (n == 0) return 0;
+    const bool resting = restingLfo(in) && needle_.readyFor(sampleRate);
+    float shown[Lfo::kMaxQuietSteps];
+    float needleSteps[Lfo::kMaxQuietSteps];
+    int steps = 0;
+    int taken = 0;
     for (int done = 0; done < n;) {
         if (--controlCountdown < 1) {
             frameIndex = 0;
-            controlUpdate(in, false);
+            if (resting) {
+                if (taken == steps) {
+                    // The LFO and the needle for the control updates left in the run, one
+                    // every kFramesPerControl frames from this one, each as a loop of its
+                    // own, so that their chains overlap.
+                    steps = std::min((n - done - 1) / kFramesPerControl + 1, static_cast<int>(Lfo::kMaxQuietSteps));
+                    resync = false;
+                    lfo.advancePlain(in.lfoShape, in.lfoTarget == Lfo::kDelayTime, steps, shown);
+                    for (int j = 0; j < steps; ++j) needleSteps[j] = needle_.step(shown[j], random);
+                    taken = 0;
+                }
+                needleValue_ = needleSteps[taken++];
+            } else {
+                controlUpdate(in, false);
+            }
             controlCountdown = kFramesPerControl;
         }
         // This frame and those before the next control update show the same needle; a
@@ -261,13 +268,25 @@ int ShifterEngine::quietRun(const FrameControls& in, int frames, FrameReport& ou
             slowCountdown = kFramesPerSlow;
         }
     }
-    const size_t samples = static_cast<size_t>(n) * kFrameSize;
-    std::fill(in.outputs[0], in.outputs[0] + samples, 0.0f);
-    std::fill(in.outputs[1], in.outputs[1] + samples, 0.0f);
     heldLevel = std::max(heldLevel, 0.0f);
     out.silent = true;
     fillReport(out);
     return n;
+}
+
+// Whether the silent control update comes down to stepping a free LFO of a plain shape at
+// a rate at rest: no watch would see a change, the rate's smoother stands on its target,
+// the sync gain on its fixed point, and the LFO's increment is the one made for that rate
+// and large enough that nothing pulls the phase. This holds through a whole run, for the
+// run's controls are the same throughout and these steps change none of it.
+bool ShifterEngine::restingLfo(const FrameControls& in) const {
+    const SpecSmoother& rate = smoothers[7];
+    auto same = [](float a, float b) { return std::bit_cast<uint32_t>(a) == std::bit_cast<uint32_t>(b); };
+    return !in.lfoSync && in.lfoShape != Lfo::kRandom && lfoSyncWatch.seen && lfoSyncWatch.last == 0 &&
+           playingWatch.seen && playingWatch.last == static_cast<int>(in.playing) && same(rate.y1, in.lfoRate) &&
+           same(rate.y2, in.lfoRate) && rate.k == std::min(rateSmooth, 1.0f) && syncGain == controlSmooth &&
+           same(lfo.freeRate, rate.y2) && lfo.increment == lfo.freeIncrement &&
+           lfo.syncIncrement == lfo.freeIncrement && std::fabs(lfo.freeIncrement) >= 1e-7f;
 }
 
 void ShifterEngine::slowUpdate() {

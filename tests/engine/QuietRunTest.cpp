@@ -187,3 +187,37 @@ TEST(QuietRun, LfoAdvanceMatchesRun) {
                 ASSERT_EQ(ra.y, rb.y);
             }
 }
+
+// Many silent steps at once leave the LFO where as many single steps do, and show the
+// same value after each, for the plain shapes on both kinds of target.
+TEST(QuietRun, PlainStepsInOneCallMatchSingleSteps) {
+    std::mt19937 generator(17);
+    std::uniform_real_distribution<float> phase(-0.5f, 0.5f);
+    std::uniform_real_distribution<float> rate(-0.3f, 0.3f);
+    for (int shape : {Lfo::kSine, Lfo::kSaw, Lfo::kSquare})
+        for (bool delay : {false, true})
+            for (int trial = 0; trial < 100; ++trial) {
+                Lfo a;
+                a.phase = phase(generator);
+                a.increment = trial % 10 == 0 ? 1e-7f : rate(generator);
+                a.value = 0.25f;
+                Lfo b = a;
+                EngineRandom random;
+                random.seed(1, 2);
+                const int steps = 1 + trial % Lfo::kMaxQuietSteps;
+                float shown[Lfo::kMaxQuietSteps];
+                b.advancePlain(shape, delay, steps, shown);
+                for (int j = 0; j < steps; ++j) {
+                    a.advance(shape, false, delay, random);
+                    a.updateShownValue(delay);
+                    ASSERT_TRUE(sameBits(a.value, shown[j])) << shape << " " << trial << " step " << j;
+                }
+                ASSERT_TRUE(sameBits(a.phase, b.phase)) << shape << " " << trial;
+                ASSERT_TRUE(sameBits(a.value, b.value)) << shape << " " << trial;
+                ASSERT_TRUE(sameBits(a.values[0], b.values[0])) << shape << " " << trial;
+                if (delay) {
+                    ASSERT_TRUE(sameBits(a.values[4], b.values[4])) << shape << " " << trial;
+                }
+                ASSERT_EQ(random.x, 1u);  // plain shapes draw nothing
+            }
+}
