@@ -1,5 +1,8 @@
 #include "engine/StereoDelayLine.h"
 
+#include "engine/WideLoops.h"
+#include "engine/WideVectors.h"
+
 #include <cmath>
 #include <cstring>
 #include <xmmintrin.h>
@@ -66,29 +69,45 @@ float StereoDelayLine::readPrimed(int channel, const Interpolator& in, int32_t p
 bool StereoDelayLine::readFrame(int channel, const float delays[kFrame], float slope, float out[kFrame]) {
     const bool fast = std::fabs(slope) >= kFastSlope;
     const int32_t reach = fast ? kPrimeSteps + 1 : 2;
-    alignas(16) int32_t start[kFrame];
-    alignas(16) float c1[kFrame];
-    alignas(16) float c2[kFrame];
+    const bool wide = wideVectors();
+    alignas(32) int32_t whole[kFrame];
+    alignas(32) int32_t start[kFrame];
+    alignas(32) float c1[kFrame];
+    alignas(32) float c2[kFrame];
+    if (wide) {
+        wide::interpolators(delays, whole, c1, c2);
+    } else {
+        for (int n = 0; n < kFrame; ++n) {
+            const Interpolator& in = interpolatorFor(channel, delays[n]);
+            whole[n] = in.whole;
+            c1[n] = in.c1;
+            c2[n] = in.c2;
+        }
+    }
     bool freshRead = false;
     for (int n = 0; n < kFrame; ++n) {
-        const Interpolator& in = interpolatorFor(channel, delays[n]);
         // Sample n reads from whole samples behind its own write back to reach more: none of
         // it may be written earlier in the frame, directly or round the ring.
-        if (in.whole <= n || in.whole + reach >= static_cast<int32_t>(size_)) return false;
+        if (whole[n] <= n || whole[n] + reach >= static_cast<int32_t>(size_)) return false;
         uint32_t w = writeIndex_ + static_cast<uint32_t>(n);
         bool fresh = fresh_ && w < size_;
         if (w >= size_) w -= size_;
-        start[n] = static_cast<int32_t>(w) - (fast ? kPrimeSteps : 1) - in.whole;
+        start[n] = static_cast<int32_t>(w) - (fast ? kPrimeSteps : 1) - whole[n];
         freshRead = freshRead || (fresh && start[n] - 1 < 0);
-        c1[n] = in.c1;
-        c2[n] = in.c2;
     }
-    if (fast && !freshRead) return readPrimedFrame(channel, start, c1, c2, out);
+    if (fast && !freshRead) {
+        if (!wide) return readPrimedFrame(channel, start, c1, c2, out);
+        float lastTwo[2];
+        wide::primedReads(samples_, size_ * 2 - 1, channel, kPrimeSteps, start, c1, c2, out, lastTwo);
+        last_[channel] = lastTwo[0];
+        before_[channel] = lastTwo[1];
+        return true;
+    }
     for (int n = 0; n < kFrame; ++n) {
         uint32_t w = writeIndex_ + static_cast<uint32_t>(n);
         bool fresh = fresh_ && w < size_;
         if (w >= size_) w -= size_;
-        out[n] = readAt(channel, interpolatorFor(channel, delays[n]), fast, w, fresh);
+        out[n] = readAt(channel, Interpolator{whole[n], c1[n], c2[n]}, fast, w, fresh);
     }
     return true;
 }

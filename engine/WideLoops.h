@@ -13,4 +13,14 @@ namespace tw::wide {
 // may be the inputs.
 int quietFrames(const float* inL, const float* inR, float* outL, float* outR, int frames, float threshold);
 
+// The delay line's all-pass interpolators for the 8 delays of a frame: the whole samples
+// behind and the two coefficients of each, as StereoDelayLine computes them one by one.
+void interpolators(const float delays[8], std::int32_t whole[8], float c1[8], float c2[8]);
+
+// The delay line's primed reads of one channel for a frame, all 8 samples side by side:
+// samples is the stereo ring (left at even index), mask its index mask, start the pair
+// each read starts at. Leaves in lastTwo the last sample's output and the one before.
+void primedReads(const float* samples, std::uint32_t mask, int channel, int primeSteps, const std::int32_t start[8],
+                 const float c1[8], const float c2[8], float out[8], float lastTwo[2]);
+
 }  // namespace tw::wide
