@@ -787,11 +787,32 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
         top = std::max({top, std::fabs(xl), std::fabs(xr)});
     };
     // From the delay's output to the shifter's input: noise, smear, low-pass and high-pass.
-    auto filter = [&](float& l, float& r) __attribute__((always_inline)) {
+    auto addNoise = [&](float& l, float& r) __attribute__((always_inline)) {
         // Anti-denormal noise, opposite on the two sides.
         l += tables.noise[noise];
         r -= tables.noise[noise];
         noise = (noise + 1) & (EngineTables::kNoiseSize - 1);
+    };
+    // Low-pass at three times the rate, with zero stuffing and a box filter, then high-pass.
+    auto lowAndHighOne = [&](int c, float x) __attribute__((always_inline)) {
+        lowPassNow[c] += lowPass[c].step;
+        float a = lowPassNow[c];
+        float p = lowState[c] - lowState[c] * a;
+        float q = (x - p) * a + p;
+        float s = q - q * a;
+        lowState[c] = s;
+        float e = p + q + s;
+        lowOut[c] = ((e + lowSum[c]) * 0.5f - lowOut[c]) * 1.99f + lowOut[c];
+        lowSum[c] = e;
+        highState[c] += (lowOut[c] - highState[c]) * highCoefficient;
+        return lowOut[c] - highState[c];
+    };
+    auto lowAndHigh = [&](float& l, float& r) __attribute__((always_inline)) {
+        l = lowAndHighOne(0, l);
+        r = lowAndHighOne(1, r);
+    };
+    auto filter = [&](float& l, float& r) __attribute__((always_inline)) {
+        addNoise(l, r);
         if (smearOn) {
             smearNow += smearCoefficient.step;
             for (DiffuserUnit& unit : units_) unit.step(l, r, write, smearMask, smearNow, lengthSmooth, first);
@@ -799,21 +820,26 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
             if (++write > 0xffff) write = 0x8000;
             top = std::max({top, std::fabs(l), std::fabs(r)});
         }
-        // Low-pass at three times the rate, with zero stuffing and a box filter, then high-pass.
-        float* channel[2] = {&l, &r};
-        for (int c = 0; c < 2; ++c) {
-            lowPassNow[c] += lowPass[c].step;
-            float a = lowPassNow[c];
-            float p = lowState[c] - lowState[c] * a;
-            float q = (*channel[c] - p) * a + p;
-            float s = q - q * a;
-            lowState[c] = s;
-            float e = p + q + s;
-            lowOut[c] = ((e + lowSum[c]) * 0.5f - lowOut[c]) * 1.99f + lowOut[c];
-            lowSum[c] = e;
-            highState[c] += (lowOut[c] - highState[c]) * highCoefficient;
-            *channel[c] = lowOut[c] - highState[c];
+        lowAndHigh(l, r);
+    };
+    // The same over a frame that is not the first after a restart, stage by stage: a
+    // smear unit waits only on the one before it at the same sample, so each unit takes
+    // the whole frame at once, and its samples overlap.
+    auto filterFrame = [&](float* l, float* r) {
+        for (int n = 0; n < kFrameSize; ++n) addNoise(l[n], r[n]);
+        if (smearOn) {
+            float g[kFrameSize];
+            uint32_t at[kFrameSize];
+            for (int n = 0; n < kFrameSize; ++n) {
+                smearNow += smearCoefficient.step;
+                g[n] = smearNow;
+                at[n] = write;
+                if (++write > 0xffff) write = 0x8000;
+            }
+            for (DiffuserUnit& unit : units_) unit.stepFrame(l, r, at, smearMask, g, lengthSmooth);
+            for (int n = 0; n < kFrameSize; ++n) top = std::max({top, std::fabs(l[n]), std::fabs(r[n])});
         }
+        for (int n = 0; n < kFrameSize; ++n) lowAndHigh(l[n], r[n]);
     };
     // Shifter: quadrature pair, rotation, oscillators with the sideband mix, and the second
     // pair against reflections below 0 Hz.
@@ -854,7 +880,7 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
         // The frame's reads wait on none of its writes: the rest of the loop runs stage by
         // stage over the whole frame, so that its samples overlap.
         float wet[2][kFrameSize];
-        for (int n = 0; n < kFrameSize; ++n) filter(early[0][n], early[1][n]);
+        filterFrame(early[0], early[1]);
         for (int n = 0; n < kFrameSize; ++n) shifter(n, early[0][n], early[1][n], wet[0][n], wet[1][n]);
         for (int n = 0; n < kFrameSize; ++n) {
             float xl, xr;

@@ -75,17 +75,20 @@ bool StereoDelayLine::readFrame(int channel, const float delays[kFrame], float s
     alignas(32) float c1[kFrame];
     alignas(32) float c2[kFrame];
     if (wide) {
+        // A delay shorter than the frame, as at rest, is known from its first sample, whose
+        // interpolator is kept from the last frame while the delay stands still.
+        const Interpolator& first = interpolatorFor(channel, delays[0]);
+        if (first.whole <= 0 || first.whole + reach >= static_cast<int32_t>(size_)) return false;
         wide::interpolators(delays, whole, c1, c2);
-    } else {
-        for (int n = 0; n < kFrame; ++n) {
+    }
+    bool freshRead = false;
+    for (int n = 0; n < kFrame; ++n) {
+        if (!wide) {
             const Interpolator& in = interpolatorFor(channel, delays[n]);
             whole[n] = in.whole;
             c1[n] = in.c1;
             c2[n] = in.c2;
         }
-    }
-    bool freshRead = false;
-    for (int n = 0; n < kFrame; ++n) {
         // Sample n reads from whole samples behind its own write back to reach more: none of
         // it may be written earlier in the frame, directly or round the ring.
         if (whole[n] <= n || whole[n] + reach >= static_cast<int32_t>(size_)) return false;
