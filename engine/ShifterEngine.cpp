@@ -291,7 +291,10 @@ bool ShifterEngine::restingLfo(const FrameControls& in) const {
 
 void ShifterEngine::slowUpdate() {
     quietTime += quietStep;
+    // The lamp comes to rest at zero, as the level meter does: left to decay, it would sink
+    // to the smallest subnormal and stay there, each step a slow subnormal multiply.
     midiActivity *= midiDecay;
+    if (midiActivity < 1e-5f) midiActivity = 0.0f;
     if (quietTime >= 1.1f) silent = true;
     heldLevel *= holdDecay;
     if (std::fabs(heldLevel) < 1e-5f) heldLevel = 0.0f;
