@@ -769,8 +769,8 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
     }
     if (first) line_.restart();
     float early[2][kFrameSize];
-    const bool ahead[2] = {!first && line_.readFrame(0, delays[0], delaySlope[0], early[0]),
-                           !first && line_.readFrame(1, delays[1], delaySlope[1], early[1])};
+    bool ahead[2] = {false, false};
+    if (!first) line_.readStereoFrame(delays, delaySlope, early, ahead);
 
     // The stages of one sample, in the order of the loop.
     // Head: soft-clipped feedback plus input, the value the peak is tracked on.

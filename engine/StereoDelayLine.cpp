@@ -9,6 +9,8 @@
 
 namespace tw {
 
+static_assert(StereoDelayLine::kPrimeSteps <= wide::kMaxPrimeSteps, "the wide loops prime that far");
+
 StereoDelayLine::StereoDelayLine()
     : memory_(kMaxPairs * 2 * sizeof(float)), samples_(static_cast<float*>(memory_.data())) {}
 
@@ -66,57 +68,88 @@ float StereoDelayLine::readPrimed(int channel, const Interpolator& in, int32_t p
     return y1;
 }
 
-bool StereoDelayLine::readFrame(int channel, const float delays[kFrame], float slope, float out[kFrame]) {
+bool StereoDelayLine::planFrame(int channel, const float delays[kFrame], float slope, FramePlan& plan) {
     const bool fast = std::fabs(slope) >= kFastSlope;
     const int32_t reach = fast ? kPrimeSteps + 1 : 2;
     const bool wide = wideVectors();
-    alignas(32) int32_t whole[kFrame];
-    alignas(32) int32_t start[kFrame];
-    alignas(32) float c1[kFrame];
-    alignas(32) float c2[kFrame];
+    plan.fast = fast;
     if (wide) {
         // A delay shorter than the frame, as at rest, is known from its first sample, whose
         // interpolator is kept from the last frame while the delay stands still.
         const Interpolator& first = interpolatorFor(channel, delays[0]);
         if (first.whole <= 0 || first.whole + reach >= static_cast<int32_t>(size_)) return false;
-        wide::interpolators(delays, whole, c1, c2);
+        wide::interpolators(delays, plan.whole, plan.c1, plan.c2);
     }
     bool freshRead = false;
     for (int n = 0; n < kFrame; ++n) {
         if (!wide) {
             const Interpolator& in = interpolatorFor(channel, delays[n]);
-            whole[n] = in.whole;
-            c1[n] = in.c1;
-            c2[n] = in.c2;
+            plan.whole[n] = in.whole;
+            plan.c1[n] = in.c1;
+            plan.c2[n] = in.c2;
         }
         // Sample n reads from whole samples behind its own write back to reach more: none of
         // it may be written earlier in the frame, directly or round the ring.
-        if (whole[n] <= n || whole[n] + reach >= static_cast<int32_t>(size_)) return false;
+        if (plan.whole[n] <= n || plan.whole[n] + reach >= static_cast<int32_t>(size_)) return false;
         uint32_t w = writeIndex_ + static_cast<uint32_t>(n);
         bool fresh = fresh_ && w < size_;
         if (w >= size_) w -= size_;
-        start[n] = static_cast<int32_t>(w) - (fast ? kPrimeSteps : 1) - whole[n];
-        freshRead = freshRead || (fresh && start[n] - 1 < 0);
+        plan.start[n] = static_cast<int32_t>(w) - (fast ? kPrimeSteps : 1) - plan.whole[n];
+        freshRead = freshRead || (fresh && plan.start[n] - 1 < 0);
     }
-    if (fast && !freshRead) {
-        if (!wide) return readPrimedFrame(channel, start, c1, c2, out);
-        float lastTwo[2];
-        wide::primedReads(samples_, size_ * 2 - 1, channel, kPrimeSteps, start, c1, c2, out, lastTwo);
-        last_[channel] = lastTwo[0];
-        before_[channel] = lastTwo[1];
-        return true;
+    plan.primed = fast && !freshRead;
+    return true;
+}
+
+void StereoDelayLine::readPlanned(int channel, const FramePlan& plan, float out[kFrame]) {
+    if (plan.primed) {
+        readPrimedFrame(channel, plan.start, plan.c1, plan.c2, out);
+        return;
     }
     for (int n = 0; n < kFrame; ++n) {
         uint32_t w = writeIndex_ + static_cast<uint32_t>(n);
         bool fresh = fresh_ && w < size_;
         if (w >= size_) w -= size_;
-        out[n] = readAt(channel, Interpolator{whole[n], c1[n], c2[n]}, fast, w, fresh);
+        out[n] = readAt(channel, Interpolator{plan.whole[n], plan.c1[n], plan.c2[n]}, plan.fast, w, fresh);
     }
+}
+
+bool StereoDelayLine::readFrame(int channel, const float delays[kFrame], float slope, float out[kFrame]) {
+    FramePlan plan;
+    if (!planFrame(channel, delays, slope, plan)) return false;
+    readPlanned(channel, plan, out);
     return true;
 }
 
-bool StereoDelayLine::readPrimedFrame(int channel, const int32_t start[kFrame], const float c1[kFrame],
+void StereoDelayLine::readStereoFrame(const float delays[2][kFrame], const float slopes[2], float out[2][kFrame],
+                                      bool ahead[2]) {
+    FramePlan plans[2];
+    for (int c = 0; c < 2; ++c) ahead[c] = planFrame(c, delays[c], slopes[c], plans[c]);
+    if (ahead[0] && ahead[1] && plans[0].primed && plans[1].primed && wideVectors()) {
+        // Each channel's primed reads are one long chain of dependent steps: side by side,
+        // the two chains overlap.
+        float lastTwo[2][2];
+        wide::primedStereoReads(samples_, size_ * 2 - 1, kPrimeSteps, plans[0].start, plans[0].c1, plans[0].c2,
+                                plans[1].start, plans[1].c1, plans[1].c2, out[0], out[1], lastTwo[0], lastTwo[1]);
+        for (int c = 0; c < 2; ++c) {
+            last_[c] = lastTwo[c][0];
+            before_[c] = lastTwo[c][1];
+        }
+        return;
+    }
+    for (int c = 0; c < 2; ++c)
+        if (ahead[c]) readPlanned(c, plans[c], out[c]);
+}
+
+void StereoDelayLine::readPrimedFrame(int channel, const int32_t start[kFrame], const float c1[kFrame],
                                       const float c2[kFrame], float out[kFrame]) {
+    if (wideVectors()) {
+        float lastTwo[2];
+        wide::primedReads(samples_, size_ * 2 - 1, channel, kPrimeSteps, start, c1, c2, out, lastTwo);
+        last_[channel] = lastTwo[0];
+        before_[channel] = lastTwo[1];
+        return;
+    }
     auto at = [this, channel](int32_t pair) { return this->at(channel, pair); };
     // Four samples at a time, one per lane: the same steps as readPrimed, side by side.
     __m128 y1;
@@ -144,7 +177,6 @@ bool StereoDelayLine::readPrimedFrame(int channel, const int32_t start[kFrame], 
     _mm_store_ps(lastTwo[1], y2);
     last_[channel] = lastTwo[0][3];
     before_[channel] = lastTwo[1][3];
-    return true;
 }
 
 }  // namespace tw

@@ -4,10 +4,12 @@
 #include "EngineHarness.h"
 
 #include "engine/Lfo.h"
+#include "engine/StereoDelayLine.h"
 #include "engine/WideVectors.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <random>
@@ -120,4 +122,64 @@ TEST(WidePath, TheHeavySettingSounds) {
     }
     EXPECT_GT(energy, 1.0);
     EXPECT_GT(difference, 1.0);
+}
+
+// Two lines fed the same, one read on the wide loops and one on the baseline, frame by
+// frame round a small ring many times over: delays that sweep fast and slowly, apart and
+// together on the two channels, with reads that run across the ring's end.
+TEST(WidePath, DelayReadsMatchTheBaselineRoundTheRing) {
+    if (!wideVectorsAvailable()) GTEST_SKIP() << "this processor has no AVX2";
+    constexpr int kFrame = StereoDelayLine::kFrame;
+    StereoDelayLine wide;
+    StereoDelayLine base;
+    wide.setSize(1024);
+    base.setSize(1024);
+    wide.restart();
+    base.restart();
+    std::mt19937 generator(31);
+    std::uniform_real_distribution<float> signal(-1.0f, 1.0f);
+    int primedFrames = 0;
+    float delay[2] = {300.0f, 300.0f};
+    for (int frame = 0; frame < 4000; ++frame) {
+        // Sweeps of different speeds, now on both channels alike, now apart.
+        const float speed = frame % 800 < 400 ? 0.9f : 0.01f;
+        const float wobble = std::sin(static_cast<float>(frame) * 0.05f);
+        float delays[2][kFrame];
+        float slopes[2];
+        for (int c = 0; c < 2; ++c) {
+            const float target = 400.0f + 350.0f * wobble * (c == 1 && frame % 1600 >= 800 ? -1.0f : 1.0f);
+            slopes[c] = std::clamp((target - delay[c]) / kFrame, -speed, speed);
+            for (int n = 0; n < kFrame; ++n) {
+                delay[c] = std::max(delay[c] + slopes[c], 1e-7f);
+                delays[c][n] = delay[c];
+            }
+        }
+        float outWide[2][kFrame];
+        float outBase[2][kFrame];
+        bool aheadWide[2];
+        bool aheadBase[2];
+        setWideVectors(true);
+        wide.readStereoFrame(delays, slopes, outWide, aheadWide);
+        setWideVectors(false);
+        base.readStereoFrame(delays, slopes, outBase, aheadBase);
+        setWideVectors(true);
+        for (int c = 0; c < 2; ++c) {
+            ASSERT_EQ(aheadWide[c], aheadBase[c]) << frame;
+            if (aheadWide[c]) {
+                ASSERT_EQ(std::memcmp(outWide[c], outBase[c], sizeof(outWide[c])), 0) << "frame " << frame << " channel " << c;
+            }
+        }
+        if (aheadWide[0] && aheadWide[1] && std::fabs(slopes[0]) >= StereoDelayLine::kFastSlope &&
+            std::fabs(slopes[1]) >= StereoDelayLine::kFastSlope)
+            ++primedFrames;
+        for (int n = 0; n < kFrame; ++n) {
+            const float l = signal(generator);
+            const float r = signal(generator);
+            for (StereoDelayLine* line : {&wide, &base}) {
+                line->write(l, r);
+                line->advance();
+            }
+        }
+    }
+    EXPECT_GT(primedFrames, 1000);
 }
