@@ -74,10 +74,11 @@ bool StereoDelayLine::planFrame(int channel, const float delays[kFrame], float s
     const bool wide = wideVectors();
     plan.fast = fast;
     if (wide) {
-        // A delay shorter than the frame, as at rest, is known from its first sample, whose
-        // interpolator is kept from the last frame while the delay stands still.
-        const Interpolator& first = interpolatorFor(channel, delays[0]);
-        if (first.whole <= 0 || first.whole + reach >= static_cast<int32_t>(size_)) return false;
+        // A delay shorter than the frame, as at rest, is known from its first sample's
+        // whole part, found as interpolator finds it.
+        int32_t first = static_cast<int32_t>(delays[0]);
+        if (first > 0) first = first - 1;
+        if (first <= 0 || first + reach >= static_cast<int32_t>(size_)) return false;
         wide::interpolators(delays, plan.whole, plan.c1, plan.c2);
     }
     bool freshRead = false;
