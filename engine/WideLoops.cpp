@@ -79,31 +79,40 @@ static inline void transpose(__m256 r[8]) {
 // A channel's reads for the frame, k from -1 to primeSteps in reads[k + 1], lanes the
 // frame's samples. Each lane's reads are a run of pairs in the ring: unless a run wraps
 // round the ring's end, each is loaded whole, its channel picked out, and the runs turned
-// on their side; else they are gathered.
+// on their side, eight reads at a time; else they are gathered.
 static constexpr int kReadBlocks = 4;
 static_assert(kMaxPrimeSteps + 2 <= kReadBlocks * 8, "the reads of a lane fill at most the blocks");
-static void channelReads(const float* samples, std::uint32_t mask, int channel, int primeSteps,
-                         const std::int32_t start[8], __m256 reads[kReadBlocks * 8]) {
+
+// Where each lane's run starts in the ring, and whether every run lies whole in it.
+static inline bool runsOf(std::uint32_t mask, const std::int32_t start[8], std::uint32_t from[8]) {
     bool whole = true;
-    std::uint32_t from[8];
     for (int n = 0; n < 8; ++n) {
         from[n] = (static_cast<std::uint32_t>(start[n] - 1) * 2) & mask;
         whole = whole && from[n] + kReadBlocks * 16 <= mask + 1;
     }
-    if (whole) {
-        for (int b = 0; b < kReadBlocks; ++b) {
-            __m256* block = reads + b * 8;
-            for (int n = 0; n < 8; ++n) {
-                const float* run = samples + from[n] + b * 16;
-                // Pairs 0 to 3 and 4 to 7: the channel's samples of each, then in order.
-                __m256 a = _mm256_loadu_ps(run);
-                __m256 c = _mm256_loadu_ps(run + 8);
-                __m256 picked = channel == 0 ? _mm256_shuffle_ps(a, c, _MM_SHUFFLE(2, 0, 2, 0))
-                                             : _mm256_shuffle_ps(a, c, _MM_SHUFFLE(3, 1, 3, 1));
-                block[n] = _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(picked), _MM_SHUFFLE(3, 1, 2, 0)));
-            }
-            transpose(block);
-        }
+    return whole;
+}
+
+// Reads 8b - 1 to 8b + 6 of whole runs into reads[8b] to reads[8b + 7].
+static inline void loadBlock(const float* samples, const std::uint32_t from[8], int channel, int b, __m256* reads) {
+    __m256* block = reads + b * 8;
+    for (int n = 0; n < 8; ++n) {
+        const float* run = samples + from[n] + b * 16;
+        // Pairs 0 to 3 and 4 to 7: the channel's samples of each, then in order.
+        __m256 a = _mm256_loadu_ps(run);
+        __m256 c = _mm256_loadu_ps(run + 8);
+        __m256 picked = channel == 0 ? _mm256_shuffle_ps(a, c, _MM_SHUFFLE(2, 0, 2, 0))
+                                     : _mm256_shuffle_ps(a, c, _MM_SHUFFLE(3, 1, 3, 1));
+        block[n] = _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(picked), _MM_SHUFFLE(3, 1, 2, 0)));
+    }
+    transpose(block);
+}
+
+static void channelReads(const float* samples, std::uint32_t mask, int channel, int primeSteps,
+                         const std::int32_t start[8], __m256 reads[kReadBlocks * 8]) {
+    std::uint32_t from[8];
+    if (runsOf(mask, start, from)) {
+        for (int b = 0; b < kReadBlocks; ++b) loadBlock(samples, from, channel, b, reads);
         return;
     }
     const __m256i indexMask = _mm256_set1_epi32(static_cast<int>(mask));
@@ -144,8 +153,18 @@ void primedStereoReads(const float* samples, std::uint32_t mask, int primeSteps,
                        float lastTwoLeft[2], float lastTwoRight[2]) {
     alignas(32) __m256 left[kReadBlocks * 8];
     alignas(32) __m256 right[kReadBlocks * 8];
-    channelReads(samples, mask, 0, primeSteps, startLeft, left);
-    channelReads(samples, mask, 1, primeSteps, startRight, right);
+    std::uint32_t fromLeft[8];
+    std::uint32_t fromRight[8];
+    // With whole runs, the reads of the next eight steps are loaded beside the steps of
+    // these eight: both are long, and neither waits on the other.
+    const bool whole = runsOf(mask, startLeft, fromLeft) && runsOf(mask, startRight, fromRight);
+    if (whole) {
+        loadBlock(samples, fromLeft, 0, 0, left);
+        loadBlock(samples, fromRight, 1, 0, right);
+    } else {
+        channelReads(samples, mask, 0, primeSteps, startLeft, left);
+        channelReads(samples, mask, 1, primeSteps, startRight, right);
+    }
     const __m256 k1l = _mm256_loadu_ps(c1Left);
     const __m256 k2l = _mm256_loadu_ps(c2Left);
     const __m256 k1r = _mm256_loadu_ps(c1Right);
@@ -154,18 +173,27 @@ void primedStereoReads(const float* samples, std::uint32_t mask, int primeSteps,
     __m256 y2l = left[1];
     __m256 y1r = right[0];
     __m256 y2r = right[1];
-    for (int k = 1; k <= primeSteps; ++k) {
-        // x0, x1, x2 are the reads at k, k - 1 and k - 2.
-        __m256 yl = _mm256_add_ps(_mm256_add_ps(_mm256_mul_ps(k2l, _mm256_sub_ps(left[k + 1], y2l)),
-                                                _mm256_mul_ps(k1l, _mm256_sub_ps(left[k], y1l))),
-                                  left[k - 1]);
-        __m256 yr = _mm256_add_ps(_mm256_add_ps(_mm256_mul_ps(k2r, _mm256_sub_ps(right[k + 1], y2r)),
-                                                _mm256_mul_ps(k1r, _mm256_sub_ps(right[k], y1r))),
-                                  right[k - 1]);
-        y2l = y1l;
-        y1l = yl;
-        y2r = y1r;
-        y1r = yr;
+    int k = 1;
+    for (int b = 0; b < kReadBlocks && k <= primeSteps; ++b) {
+        if (whole && b + 1 < kReadBlocks) {
+            loadBlock(samples, fromLeft, 0, b + 1, left);
+            loadBlock(samples, fromRight, 1, b + 1, right);
+        }
+        // The steps whose newest read, at k, is in this block.
+        const int last = primeSteps < b * 8 + 6 ? primeSteps : b * 8 + 6;
+        for (; k <= last; ++k) {
+            // x0, x1, x2 are the reads at k, k - 1 and k - 2.
+            __m256 yl = _mm256_add_ps(_mm256_add_ps(_mm256_mul_ps(k2l, _mm256_sub_ps(left[k + 1], y2l)),
+                                                    _mm256_mul_ps(k1l, _mm256_sub_ps(left[k], y1l))),
+                                      left[k - 1]);
+            __m256 yr = _mm256_add_ps(_mm256_add_ps(_mm256_mul_ps(k2r, _mm256_sub_ps(right[k + 1], y2r)),
+                                                    _mm256_mul_ps(k1r, _mm256_sub_ps(right[k], y1r))),
+                                      right[k - 1]);
+            y2l = y1l;
+            y1l = yl;
+            y2r = y1r;
+            y1r = yr;
+        }
     }
     alignas(32) float before[8];
     _mm256_storeu_ps(outLeft, y1l);
