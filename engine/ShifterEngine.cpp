@@ -227,7 +227,8 @@ int ShifterEngine::processFrames(const FrameControls& in, int frames, FrameRepor
 // carries: then the run stops before the next control update.
 int ShifterEngine::quietRun(const FrameControls& in, int frames, FrameReport& out, float* needles) {
     int n = in.lfoSync ? std::min(frames, std::max(controlCountdown, 1)) : frames;
-    // Rare: something wakes the loop inside the run; the run stops before its frame.
+    // Each quiet frame's outputs are zeroed as it is found quiet; a frame that would wake
+    // the loop (rare inside a run) ends the run before it.
     n = quietFrames(in.inputs[0], in.inputs[1], in.outputs[0], in.outputs[1], n, kWakeThreshold);
     if (n == 0) return 0;
     const bool resting = restingLfo(in) && needle_.readyFor(sampleRate);
