@@ -828,7 +828,8 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
     };
     // The same over a frame that is not the first after a restart, stage by stage: a
     // smear unit waits only on the one before it at the same sample, so each unit takes
-    // the whole frame at once, and its samples overlap.
+    // the whole frame at once, and its samples overlap. Inline, so that the filters'
+    // states stay in registers: through memory, each step would wait on a store.
     auto filterFrame = [&](float* l, float* r) __attribute__((always_inline)) {
         for (int n = 0; n < kFrameSize; ++n) addNoise(l[n], r[n]);
         if (smearOn) {
