@@ -7,28 +7,6 @@
 
 namespace tw {
 
-namespace {
-
-// The shapes that are a function of the phase alone, by run's selector (0 to 5).
-inline float plainShape(int selector, float phase) {
-    float u = phase + 0.5f;
-    switch (selector) {
-    case 0:
-    case 1:
-        return std::cos(u * kTwoPi);
-    case 2:
-        return 1.0f - (phase * 2.0f + 1.0f);
-    case 3:
-        return (1.0f - (1.0f - u) * u * 6.0f) * 1.0471976f;
-    case 4:
-        return u >= 0.5f ? -1.0f : 1.0f;
-    default:
-        return (u >= 0.5f ? u * 4.0f - 3.0f : 1.0f - u * 4.0f) * 1.5707964f;
-    }
-}
-
-}  // namespace
-
 void Lfo::pullTo(float target, bool resync, float lfoPull) {
     if (resync) {
         phase = target;
@@ -134,42 +112,6 @@ void Lfo::updateShownValue(bool delayTarget) {
     }
     float n = increment * -6.2831855f * 8.0f * 0.5f;
     if (std::fabs(n) > 1e-5f) value = (values[4] - values[0]) / n;
-}
-
-void Lfo::advancePlain(int shape, bool delayTarget, int steps, float* shown) {
-    const int selector = shape * 2 + (delayTarget ? 1 : 0);
-    float first[kMaxQuietSteps];
-    float middle[kMaxQuietSteps];
-    float p = phase;
-    for (int j = 0; j < steps; ++j) {
-        for (int k = 0; k < kSteps; ++k) {
-            if (k == 0) first[j] = p;
-            if (k == 4) middle[j] = p;
-            p += increment;
-            if (std::fabs(p) > 0.5f) p -= signOf(p);
-        }
-    }
-    phase = p;
-    if (steps == 0) return;
-    if (!delayTarget) {
-        for (int j = 0; j < steps; ++j) shown[j] = plainShape(selector, first[j]);
-        values[0] = value = shown[steps - 1];
-        return;
-    }
-    float n = increment * -6.2831855f * 8.0f * 0.5f;
-    const bool sloped = std::fabs(n) > 1e-5f;
-    float v = value;
-    for (int j = 0; j < steps; ++j) {
-        float a = plainShape(selector, first[j]);
-        float b = plainShape(selector, middle[j]);
-        if (sloped) v = (b - a) / n;
-        shown[j] = v;
-        if (j == steps - 1) {
-            values[0] = a;
-            values[4] = b;
-        }
-    }
-    value = v;
 }
 
 }  // namespace tw

@@ -21,6 +21,7 @@ namespace {
 constexpr int kFramesPerControl = 8;  // 64 samples
 constexpr int kFramesPerSlow = 32;    // 256 samples
 constexpr float kWakeThreshold = 2e-8f;
+constexpr int kMaxQuietSteps = 16;  // control updates stepped at once in a quiet run
 
 // 1 - exp(-2 pi f T): the coefficient of a one-pole at f hertz, stepped every T seconds.
 float onePole(float frequency, float step) { return 1.0f - std::exp(-kTwoPi * frequency * step); }
@@ -232,8 +233,7 @@ int ShifterEngine::quietRun(const FrameControls& in, int frames, FrameReport& ou
     n = quietFrames(in.inputs[0], in.inputs[1], in.outputs[0], in.outputs[1], n, kWakeThreshold);
     if (n == 0) return 0;
     const bool resting = restingLfo(in) && needle_.readyFor(sampleRate);
-    float shown[Lfo::kMaxQuietSteps];
-    float needleSteps[Lfo::kMaxQuietSteps];
+    float needleSteps[kMaxQuietSteps];
     int steps = 0;
     int taken = 0;
     for (int done = 0; done < n;) {
@@ -242,12 +242,17 @@ int ShifterEngine::quietRun(const FrameControls& in, int frames, FrameReport& ou
             if (resting) {
                 if (taken == steps) {
                     // The LFO and the needle for the control updates left in the run, one
-                    // every kFramesPerControl frames from this one, each as a loop of its
-                    // own, so that their chains overlap.
-                    steps = std::min((n - done - 1) / kFramesPerControl + 1, static_cast<int>(Lfo::kMaxQuietSteps));
+                    // every kFramesPerControl frames from this one.
+                    steps = std::min((n - done - 1) / kFramesPerControl + 1, static_cast<int>(kMaxQuietSteps));
                     resync = false;
-                    lfo.advancePlain(in.lfoShape, in.lfoTarget == Lfo::kDelayTime, steps, shown);
-                    for (int j = 0; j < steps; ++j) needleSteps[j] = needle_.step(shown[j], random);
+                    // The needle and its draws on copies, which the stores of its steps
+                    // cannot alias: its state stays in registers from step to step.
+                    LfoNeedle needle = needle_;
+                    EngineRandom draws = random;
+                    lfo.advancePlain(in.lfoShape, in.lfoTarget == Lfo::kDelayTime, steps,
+                                     [&](int j, float shown) { needleSteps[j] = needle.step(shown, draws); });
+                    needle_ = needle;
+                    random = draws;
                     taken = 0;
                 }
                 needleValue_ = needleSteps[taken++];

@@ -191,6 +191,7 @@ TEST(QuietRun, LfoAdvanceMatchesRun) {
 // Many silent steps at once leave the LFO where as many single steps do, and show the
 // same value after each, for the plain shapes on both kinds of target.
 TEST(QuietRun, PlainStepsInOneCallMatchSingleSteps) {
+    constexpr int kMaxSteps = 16;
     std::mt19937 generator(17);
     std::uniform_real_distribution<float> phase(-0.5f, 0.5f);
     std::uniform_real_distribution<float> rate(-0.3f, 0.3f);
@@ -204,9 +205,9 @@ TEST(QuietRun, PlainStepsInOneCallMatchSingleSteps) {
                 Lfo b = a;
                 EngineRandom random;
                 random.seed(1, 2);
-                const int steps = 1 + trial % Lfo::kMaxQuietSteps;
-                float shown[Lfo::kMaxQuietSteps];
-                b.advancePlain(shape, delay, steps, shown);
+                const int steps = 1 + trial % kMaxSteps;
+                float shown[kMaxSteps];
+                b.advancePlain(shape, delay, steps, [&](int j, float value) { shown[j] = value; });
                 for (int j = 0; j < steps; ++j) {
                     a.advance(shape, false, delay, random);
                     a.updateShownValue(delay);
