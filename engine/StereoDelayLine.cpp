@@ -125,7 +125,14 @@ bool StereoDelayLine::readFrame(int channel, const float delays[kFrame], float s
 void StereoDelayLine::readStereoFrame(const float delays[2][kFrame], const float slopes[2], float out[2][kFrame],
                                       bool ahead[2]) {
     FramePlan plans[2];
-    for (int c = 0; c < 2; ++c) ahead[c] = planFrame(c, delays[c], slopes[c], plans[c]);
+    ahead[0] = planFrame(0, delays[0], slopes[0], plans[0]);
+    // Channels that move alike, as they do unless the LFO is stereo, share one plan.
+    if (slopes[0] == slopes[1] && std::memcmp(delays[0], delays[1], sizeof(delays[0])) == 0) {
+        ahead[1] = ahead[0];
+        plans[1] = plans[0];
+    } else {
+        ahead[1] = planFrame(1, delays[1], slopes[1], plans[1]);
+    }
     if (ahead[0] && ahead[1] && plans[0].primed && plans[1].primed && wideVectors()) {
         // Each channel's primed reads are one long chain of dependent steps: side by side,
         // the two chains overlap.
