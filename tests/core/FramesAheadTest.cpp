@@ -1,77 +1,16 @@
 // The audio call offers the processor the frames ahead that the block holds only while
 // its last frame came back silent: a processor at work is handed one frame per call and
 // nothing is copied for it in vain, and a silent one still takes its runs.
-#include "core/Instance.h"
-#include "product/TidewakeFactory.h"
+#include "WatchedInstance.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
-#include <string>
-#include <unistd.h>
 #include <vector>
 
-namespace tw {
+namespace tw::test {
 namespace {
-
-// Every instance reads the user's store at start-up: this process gets a configuration
-// folder of its own, so that no store on the machine decides the programs.
-const bool privateStore = [] {
-    std::string folder = "/tmp/tidewake-core-test-" + std::to_string(::getpid());
-    ::setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
-    ::setenv("XDG_DOCUMENTS_DIR", (folder + "/Documents").c_str(), 1);
-    return true;
-}();
-
-struct Call {
-    int offered;
-    int done;
-    bool silentBefore;  // what the previous call reported
-    bool silentAfter;
-};
-
-// The product's processor, watched: what each call was offered and what it answered.
-class WatchedProcessor final : public Processor {
-public:
-    WatchedProcessor(std::unique_ptr<Processor> inner, std::vector<Call>& calls)
-        : inner_(std::move(inner)), calls_(calls) {}
-    void reset(float rate, std::uint32_t seed) override {
-        inner_->reset(rate, seed);
-        lastSilent_ = true;
-    }
-    int latency(float rate) override { return inner_->latency(rate); }
-    void suspend(FeedbackSink& sink) override { inner_->suspend(sink); }
-    void process(ProcessContext& context) override {
-        inner_->process(context);
-        bool silent = *context.silence != 0;
-        calls_.push_back({context.framesOffered / context.frames, context.framesDone / context.frames, lastSilent_,
-                          silent});
-        lastSilent_ = silent;
-    }
-
-private:
-    std::unique_ptr<Processor> inner_;
-    std::vector<Call>& calls_;
-    bool lastSilent_ = true;
-};
-
-class WatchedFactory final : public TidewakeFactory {
-public:
-    mutable std::vector<Call> calls;
-    std::unique_ptr<Processor> createProcessor(int instanceNumber) const override {
-        return std::make_unique<WatchedProcessor>(TidewakeFactory::createProcessor(instanceNumber), calls);
-    }
-};
-
-class QuietHost final : public HostPort {
-public:
-    void beginGesture(int) override {}
-    void endGesture(int) override {}
-    void automate(int, float) override {}
-    void updateDisplay() override {}
-};
 
 constexpr float kRate = 48000.0f;
 
@@ -87,7 +26,7 @@ std::vector<float> toneGapTone() {
 
 struct Rendered {
     std::vector<float> left, right;
-    std::vector<Call> calls;
+    std::vector<AudioCallRecord> calls;
 };
 
 Rendered render(int block) {
@@ -118,7 +57,7 @@ TEST(FramesAhead, OfferedOnlyAfterASilentFrameAndTheSoundStaysTheSame) {
     int runs = 0;
     int loudCalls = 0;
     for (std::size_t k = 0; k < blocks.calls.size(); ++k) {
-        const Call& c = blocks.calls[k];
+        const AudioCallRecord& c = blocks.calls[k];
         if (!c.silentBefore) {
             ++loudCalls;
             ASSERT_EQ(c.offered, 1) << "call " << k;
@@ -132,7 +71,7 @@ TEST(FramesAhead, OfferedOnlyAfterASilentFrameAndTheSoundStaysTheSame) {
 
     // Sample by sample, where no frame ever has one ahead: the same samples.
     const Rendered frames = render(1);
-    for (const Call& c : frames.calls) ASSERT_EQ(c.offered, 1);
+    for (const AudioCallRecord& c : frames.calls) ASSERT_EQ(c.offered, 1);
     ASSERT_EQ(frames.left.size(), blocks.left.size());
     for (std::size_t n = 0; n < blocks.left.size(); ++n) {
         ASSERT_EQ(std::memcmp(&frames.left[n], &blocks.left[n], sizeof(float)), 0) << n;
@@ -141,4 +80,4 @@ TEST(FramesAhead, OfferedOnlyAfterASilentFrameAndTheSoundStaysTheSame) {
 }
 
 }  // namespace
-}  // namespace tw
+}  // namespace tw::test

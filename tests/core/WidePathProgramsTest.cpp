@@ -1,8 +1,8 @@
 // Every factory program through the instance's audio call, on the engine's AVX2 loops and
 // on its baseline ones: the same bits out, with a note and a tempo as a host sends them.
-#include "core/Instance.h"
+#include "WatchedInstance.h"
+
 #include "engine/WideVectors.h"
-#include "product/TidewakeFactory.h"
 
 #include <gtest/gtest.h>
 
@@ -10,43 +10,15 @@
 #include <cstring>
 #include <vector>
 
-namespace tw {
+namespace tw::test {
 namespace {
-
-class SilentHost final : public HostPort {
-public:
-    void beginGesture(int) override {}
-    void endGesture(int) override {}
-    void automate(int, float) override {}
-    void updateDisplay() override {}
-};
-
-// Each instance gets a seed of its own; the two renderings of a program must share one.
-class FixedSeedProcessor final : public Processor {
-public:
-    explicit FixedSeedProcessor(std::unique_ptr<Processor> inner) : inner_(std::move(inner)) {}
-    void reset(float rate, std::uint32_t) override { inner_->reset(rate, 0x1234567u); }
-    int latency(float rate) override { return inner_->latency(rate); }
-    void suspend(FeedbackSink& sink) override { inner_->suspend(sink); }
-    void process(ProcessContext& context) override { inner_->process(context); }
-
-private:
-    std::unique_ptr<Processor> inner_;
-};
-
-class FixedSeedFactory final : public TidewakeFactory {
-public:
-    std::unique_ptr<Processor> createProcessor(int instanceNumber) const override {
-        return std::make_unique<FixedSeedProcessor>(TidewakeFactory::createProcessor(instanceNumber));
-    }
-};
 
 constexpr float kRate = 44100.0f;
 
 std::vector<float> render(int program, bool wide) {
     setWideVectors(wide);
-    SilentHost host;
-    Instance instance(host, std::make_unique<FixedSeedFactory>());
+    QuietHost host;
+    Instance instance(host, std::make_unique<WatchedFactory>());
     instance.setSampleRate(kRate);
     instance.setCurrentProgram(program);
     instance.activate();
@@ -77,7 +49,7 @@ std::vector<float> render(int program, bool wide) {
 
 TEST(WidePathPrograms, EveryFactoryProgramGivesTheSameBitsOnBothPaths) {
     if (!wideVectorsAvailable()) GTEST_SKIP() << "this processor has no AVX2";
-    SilentHost host;
+    QuietHost host;
     const int programs = Instance(host, std::make_unique<TidewakeFactory>()).descriptor().programCount;
     ASSERT_GT(programs, 1);
     for (int program = 0; program < programs; ++program) {
@@ -91,4 +63,4 @@ TEST(WidePathPrograms, EveryFactoryProgramGivesTheSameBitsOnBothPaths) {
 }
 
 }  // namespace
-}  // namespace tw
+}  // namespace tw::test
