@@ -117,9 +117,14 @@ void Instance::process(float* const* inputs, float* const* outputs, int frames, 
             for (int c = 0; c < channelsIn; ++c) silenceNonFinite(frameBuffers_[static_cast<std::size_t>(c)].data(), frameSize);
             // The frames after this one whose input the block holds and that have no
             // events go along, behind it in the buffers: a processor that can take them
-            // at once (a silent one) saves a call per frame.
-            int nextEvent = consumed < eventCount_ ? events_[static_cast<std::size_t>(consumed)].offset : frames;
-            int more = std::min({(frames - i) / frameSize, (std::min(nextEvent, frames) - i) / frameSize, runFrames - 1});
+            // at once (a silent one) saves a call per frame. Only a processor whose last
+            // frame came back silent is asked: one at work takes a frame per call anyway,
+            // and the copy would be thrown away.
+            int more = 0;
+            if (frameOutputSilent_ != 0) {
+                int nextEvent = consumed < eventCount_ ? events_[static_cast<std::size_t>(consumed)].offset : frames;
+                more = std::min({(frames - i) / frameSize, (std::min(nextEvent, frames) - i) / frameSize, runFrames - 1});
+            }
             if (more > 0) {
                 for (int c = 0; c < std::max(channelsIn, channelsOut); ++c) {
                     float* ahead = frameBuffers_[static_cast<std::size_t>(c)].data() + frameSize;

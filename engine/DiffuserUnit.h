@@ -28,6 +28,13 @@ public:
     void step(float& left, float& right, uint32_t writeIndex, uint32_t mask, float g, float lengthSmooth,
               bool first);
 
+    // kFrameSamples samples, in place, none of them the first after a restart: the same as
+    // step for each in turn, with the lengths and tap states held in registers between
+    // samples. write and g hold each sample's write index and coefficient.
+    static constexpr int kFrameSamples = 8;
+    void stepFrame(float* left, float* right, const uint32_t* write, uint32_t mask, const float* g,
+                   float lengthSmooth);
+
     const float* lengths() const { return lengths_; }
     const float* ring() const { return ring_; }
 

@@ -7,28 +7,6 @@
 
 namespace tw {
 
-namespace {
-
-// The shapes that are a function of the phase alone, by run's selector (0 to 5).
-inline float plainShape(int selector, float phase) {
-    float u = phase + 0.5f;
-    switch (selector) {
-    case 0:
-    case 1:
-        return std::cos(u * kTwoPi);
-    case 2:
-        return 1.0f - (phase * 2.0f + 1.0f);
-    case 3:
-        return (1.0f - (1.0f - u) * u * 6.0f) * 1.0471976f;
-    case 4:
-        return u >= 0.5f ? -1.0f : 1.0f;
-    default:
-        return (u >= 0.5f ? u * 4.0f - 3.0f : 1.0f - u * 4.0f) * 1.5707964f;
-    }
-}
-
-}  // namespace
-
 void Lfo::pullTo(float target, bool resync, float lfoPull) {
     if (resync) {
         phase = target;

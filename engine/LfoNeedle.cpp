@@ -1,13 +1,10 @@
 #include "engine/LfoNeedle.h"
 
-#include "engine/EngineMath.h"
-
 #include <cmath>
 
 namespace tw {
 
 float LfoNeedle::update(float value, float sampleRate, EngineRandom& random) {
-    float x = value + random.next() * 0.001f - 0.0005f;
     // The coefficient follows the sample rate alone: a division and a sine saved per step.
     if (sampleRate != forRate) {
         forRate = sampleRate;
@@ -17,9 +14,7 @@ float LfoNeedle::update(float value, float sampleRate, EngineRandom& random) {
             coefficient = std::sin(f * kPi) * 2.0f;
         }
     }
-    low += band * coefficient;
-    band += ((x - low) - band * 0.5f) * coefficient;
-    return clampFloat(low, -1.0f, 1.0f);
+    return step(value, random);
 }
 
 }  // namespace tw

@@ -5,10 +5,12 @@
 
 #include "engine/EngineMath.h"
 #include "engine/EngineTables.h"
+#include "engine/WideLoops.h"
 #include "engine/WideVectors.h"
 #include "engine/NoteRatios.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <immintrin.h>
 
@@ -19,6 +21,7 @@ namespace {
 constexpr int kFramesPerControl = 8;  // 64 samples
 constexpr int kFramesPerSlow = 32;    // 256 samples
 constexpr float kWakeThreshold = 2e-8f;
+constexpr int kMaxQuietSteps = 16;  // control updates stepped at once in a quiet run
 
 // 1 - exp(-2 pi f T): the coefficient of a one-pole at f hertz, stepped every T seconds.
 float onePole(float frequency, float step) { return 1.0f - std::exp(-kTwoPi * frequency * step); }
@@ -36,37 +39,31 @@ bool anyAbove(const float* left, const float* right, float threshold) {
     return _mm_movemask_ps(above) != 0;
 }
 
-// The same over n samples of each channel, n a multiple of 8, with one test at the end.
-bool anyAboveBaseline(const float* left, const float* right, size_t n, float threshold) {
+// The quiet frames at the start of a run, their outputs zeroed as each is found quiet;
+// stops at the first frame with a sample above threshold. Outputs may be the inputs.
+int quietFramesBaseline(const float* inL, const float* inR, float* outL, float* outR, int frames,
+                        float threshold) {
     const __m128 magnitude = _mm_castsi128_ps(_mm_set1_epi32(0x7fffffff));
     const __m128 limit = _mm_set1_ps(threshold);
-    __m128 above = _mm_setzero_ps();
-    __m128 aboveRight = _mm_setzero_ps();
-    for (size_t i = 0; i < n; i += 4) {
-        above = _mm_or_ps(above, _mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(left + i), magnitude), limit));
-        aboveRight = _mm_or_ps(aboveRight, _mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(right + i), magnitude), limit));
+    const __m128 zero = _mm_setzero_ps();
+    for (int k = 0; k < frames; ++k) {
+        const size_t at = static_cast<size_t>(k) * 8;
+        __m128 above = _mm_or_ps(_mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(inL + at), magnitude), limit),
+                                 _mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(inL + at + 4), magnitude), limit));
+        above = _mm_or_ps(above, _mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(inR + at), magnitude), limit));
+        above = _mm_or_ps(above, _mm_cmpgt_ps(_mm_and_ps(_mm_loadu_ps(inR + at + 4), magnitude), limit));
+        if (_mm_movemask_ps(above) != 0) return k;
+        _mm_storeu_ps(outL + at, zero);
+        _mm_storeu_ps(outL + at + 4, zero);
+        _mm_storeu_ps(outR + at, zero);
+        _mm_storeu_ps(outR + at + 4, zero);
     }
-    return _mm_movemask_ps(_mm_or_ps(above, aboveRight)) != 0;
+    return frames;
 }
 
-// A comparison has no rounding, so the wide one answers exactly as the baseline.
-__attribute__((target("avx2"))) bool anyAboveWide(const float* left, const float* right, size_t n,
-                                                  float threshold) {
-    const __m256 magnitude = _mm256_castsi256_ps(_mm256_set1_epi32(0x7fffffff));
-    const __m256 limit = _mm256_set1_ps(threshold);
-    __m256 above = _mm256_setzero_ps();
-    __m256 aboveRight = _mm256_setzero_ps();
-    for (size_t i = 0; i < n; i += 8) {
-        above = _mm256_or_ps(above, _mm256_cmp_ps(_mm256_and_ps(_mm256_loadu_ps(left + i), magnitude), limit,
-                                                  _CMP_GT_OQ));
-        aboveRight = _mm256_or_ps(aboveRight, _mm256_cmp_ps(_mm256_and_ps(_mm256_loadu_ps(right + i), magnitude),
-                                                            limit, _CMP_GT_OQ));
-    }
-    return _mm256_movemask_ps(_mm256_or_ps(above, aboveRight)) != 0;
-}
-
-bool anyAbove(const float* left, const float* right, size_t n, float threshold) {
-    return wideVectors() ? anyAboveWide(left, right, n, threshold) : anyAboveBaseline(left, right, n, threshold);
+int quietFrames(const float* inL, const float* inR, float* outL, float* outR, int frames, float threshold) {
+    return wideVectors() ? wide::quietFrames(inL, inR, outL, outR, frames, threshold)
+                         : quietFramesBaseline(inL, inR, outL, outR, frames, threshold);
 }
 
 // Whether every sample of the two channels' frames is a finite number: x * 0 is NaN
@@ -231,21 +228,37 @@ int ShifterEngine::processFrames(const FrameControls& in, int frames, FrameRepor
 // carries: then the run stops before the next control update.
 int ShifterEngine::quietRun(const FrameControls& in, int frames, FrameReport& out, float* needles) {
     int n = in.lfoSync ? std::min(frames, std::max(controlCountdown, 1)) : frames;
-    if (anyAbove(in.inputs[0], in.inputs[1], static_cast<size_t>(n) * kFrameSize, kWakeThreshold)) {
-        // Rare: something wakes the loop inside the run; the run stops before its frame.
-        for (int k = 0; k < n; ++k) {
-            const size_t at = static_cast<size_t>(k) * kFrameSize;
-            if (anyAbove(in.inputs[0] + at, in.inputs[1] + at, kFrameSize, kWakeThreshold)) {
-                n = k;
-                break;
-            }
-        }
-        if (n == 0) return 0;
-    }
+    // Each quiet frame's outputs are zeroed as it is found quiet; a frame that would wake
+    // the loop (rare inside a run) ends the run before it.
+    n = quietFrames(in.inputs[0], in.inputs[1], in.outputs[0], in.outputs[1], n, kWakeThreshold);
+    if (n == 0) return 0;
+    const bool resting = restingLfo(in) && needle_.readyFor(sampleRate);
+    float needleSteps[kMaxQuietSteps];
+    int steps = 0;
+    int taken = 0;
     for (int done = 0; done < n;) {
         if (--controlCountdown < 1) {
             frameIndex = 0;
-            controlUpdate(in, false);
+            if (resting) {
+                if (taken == steps) {
+                    // The LFO and the needle for the control updates left in the run, one
+                    // every kFramesPerControl frames from this one.
+                    steps = std::min((n - done - 1) / kFramesPerControl + 1, static_cast<int>(kMaxQuietSteps));
+                    resync = false;
+                    // The needle and its draws on copies, which the stores of its steps
+                    // cannot alias: its state stays in registers from step to step.
+                    LfoNeedle needle = needle_;
+                    EngineRandom draws = random;
+                    lfo.advancePlain(in.lfoShape, in.lfoTarget == Lfo::kDelayTime, steps,
+                                     [&](int j, float shown) { needleSteps[j] = needle.step(shown, draws); });
+                    needle_ = needle;
+                    random = draws;
+                    taken = 0;
+                }
+                needleValue_ = needleSteps[taken++];
+            } else {
+                controlUpdate(in, false);
+            }
             controlCountdown = kFramesPerControl;
         }
         // This frame and those before the next control update show the same needle; a
@@ -261,18 +274,33 @@ int ShifterEngine::quietRun(const FrameControls& in, int frames, FrameReport& ou
             slowCountdown = kFramesPerSlow;
         }
     }
-    const size_t samples = static_cast<size_t>(n) * kFrameSize;
-    std::fill(in.outputs[0], in.outputs[0] + samples, 0.0f);
-    std::fill(in.outputs[1], in.outputs[1] + samples, 0.0f);
     heldLevel = std::max(heldLevel, 0.0f);
     out.silent = true;
     fillReport(out);
     return n;
 }
 
+// Whether the silent control update comes down to stepping a free LFO of a plain shape at
+// a rate at rest: no watch would see a change, the rate's smoother stands on its target,
+// the sync gain on its fixed point, and the LFO's increment is the one made for that rate
+// and large enough that nothing pulls the phase. This holds through a whole run, for the
+// run's controls are the same throughout and these steps change none of it.
+bool ShifterEngine::restingLfo(const FrameControls& in) const {
+    const SpecSmoother& rate = smoothers[7];
+    auto same = [](float a, float b) { return std::bit_cast<uint32_t>(a) == std::bit_cast<uint32_t>(b); };
+    return !in.lfoSync && in.lfoShape != Lfo::kRandom && lfoSyncWatch.seen && lfoSyncWatch.last == 0 &&
+           playingWatch.seen && playingWatch.last == static_cast<int>(in.playing) && same(rate.y1, in.lfoRate) &&
+           same(rate.y2, in.lfoRate) && rate.k == std::min(rateSmooth, 1.0f) && syncGain == controlSmooth &&
+           same(lfo.freeRate, rate.y2) && lfo.increment == lfo.freeIncrement &&
+           lfo.syncIncrement == lfo.freeIncrement && std::fabs(lfo.freeIncrement) >= 1e-7f;
+}
+
 void ShifterEngine::slowUpdate() {
     quietTime += quietStep;
+    // The lamp comes to rest at zero, as the level meter does: left to decay, it would sink
+    // to the smallest subnormal and stay there, each step a slow subnormal multiply.
     midiActivity *= midiDecay;
+    if (midiActivity < 1e-5f) midiActivity = 0.0f;
     if (quietTime >= 1.1f) silent = true;
     heldLevel *= holdDecay;
     if (std::fabs(heldLevel) < 1e-5f) heldLevel = 0.0f;
@@ -747,8 +775,8 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
     }
     if (first) line_.restart();
     float early[2][kFrameSize];
-    const bool ahead[2] = {!first && line_.readFrame(0, delays[0], delaySlope[0], early[0]),
-                           !first && line_.readFrame(1, delays[1], delaySlope[1], early[1])};
+    bool ahead[2] = {false, false};
+    if (!first) line_.readStereoFrame(delays, delaySlope, early, ahead);
 
     // The stages of one sample, in the order of the loop.
     // Head: soft-clipped feedback plus input, the value the peak is tracked on.
@@ -768,11 +796,32 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
         top = std::max({top, std::fabs(xl), std::fabs(xr)});
     };
     // From the delay's output to the shifter's input: noise, smear, low-pass and high-pass.
-    auto filter = [&](float& l, float& r) __attribute__((always_inline)) {
+    auto addNoise = [&](float& l, float& r) __attribute__((always_inline)) {
         // Anti-denormal noise, opposite on the two sides.
         l += tables.noise[noise];
         r -= tables.noise[noise];
         noise = (noise + 1) & (EngineTables::kNoiseSize - 1);
+    };
+    // Low-pass at three times the rate, with zero stuffing and a box filter, then high-pass.
+    auto lowAndHighOne = [&](int c, float x) __attribute__((always_inline)) {
+        lowPassNow[c] += lowPass[c].step;
+        float a = lowPassNow[c];
+        float p = lowState[c] - lowState[c] * a;
+        float q = (x - p) * a + p;
+        float s = q - q * a;
+        lowState[c] = s;
+        float e = p + q + s;
+        lowOut[c] = ((e + lowSum[c]) * 0.5f - lowOut[c]) * 1.99f + lowOut[c];
+        lowSum[c] = e;
+        highState[c] += (lowOut[c] - highState[c]) * highCoefficient;
+        return lowOut[c] - highState[c];
+    };
+    auto lowAndHigh = [&](float& l, float& r) __attribute__((always_inline)) {
+        l = lowAndHighOne(0, l);
+        r = lowAndHighOne(1, r);
+    };
+    auto filter = [&](float& l, float& r) __attribute__((always_inline)) {
+        addNoise(l, r);
         if (smearOn) {
             smearNow += smearCoefficient.step;
             for (DiffuserUnit& unit : units_) unit.step(l, r, write, smearMask, smearNow, lengthSmooth, first);
@@ -780,21 +829,27 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
             if (++write > 0xffff) write = 0x8000;
             top = std::max({top, std::fabs(l), std::fabs(r)});
         }
-        // Low-pass at three times the rate, with zero stuffing and a box filter, then high-pass.
-        float* channel[2] = {&l, &r};
-        for (int c = 0; c < 2; ++c) {
-            lowPassNow[c] += lowPass[c].step;
-            float a = lowPassNow[c];
-            float p = lowState[c] - lowState[c] * a;
-            float q = (*channel[c] - p) * a + p;
-            float s = q - q * a;
-            lowState[c] = s;
-            float e = p + q + s;
-            lowOut[c] = ((e + lowSum[c]) * 0.5f - lowOut[c]) * 1.99f + lowOut[c];
-            lowSum[c] = e;
-            highState[c] += (lowOut[c] - highState[c]) * highCoefficient;
-            *channel[c] = lowOut[c] - highState[c];
+        lowAndHigh(l, r);
+    };
+    // The same over a frame that is not the first after a restart, stage by stage: a
+    // smear unit waits only on the one before it at the same sample, so each unit takes
+    // the whole frame at once, and its samples overlap. Inline, so that the filters'
+    // states stay in registers: through memory, each step would wait on a store.
+    auto filterFrame = [&](float* l, float* r) __attribute__((always_inline)) {
+        for (int n = 0; n < kFrameSize; ++n) addNoise(l[n], r[n]);
+        if (smearOn) {
+            float g[kFrameSize];
+            uint32_t at[kFrameSize];
+            for (int n = 0; n < kFrameSize; ++n) {
+                smearNow += smearCoefficient.step;
+                g[n] = smearNow;
+                at[n] = write;
+                if (++write > 0xffff) write = 0x8000;
+            }
+            for (DiffuserUnit& unit : units_) unit.stepFrame(l, r, at, smearMask, g, lengthSmooth);
+            for (int n = 0; n < kFrameSize; ++n) top = std::max({top, std::fabs(l[n]), std::fabs(r[n])});
         }
+        for (int n = 0; n < kFrameSize; ++n) lowAndHigh(l[n], r[n]);
     };
     // Shifter: quadrature pair, rotation, oscillators with the sideband mix, and the second
     // pair against reflections below 0 Hz.
@@ -835,7 +890,7 @@ void ShifterEngine::runSamples(const FrameControls& in, bool first, float& peak)
         // The frame's reads wait on none of its writes: the rest of the loop runs stage by
         // stage over the whole frame, so that its samples overlap.
         float wet[2][kFrameSize];
-        for (int n = 0; n < kFrameSize; ++n) filter(early[0][n], early[1][n]);
+        filterFrame(early[0], early[1]);
         for (int n = 0; n < kFrameSize; ++n) shifter(n, early[0][n], early[1][n], wet[0][n], wet[1][n]);
         for (int n = 0; n < kFrameSize; ++n) {
             float xl, xr;

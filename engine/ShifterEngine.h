@@ -47,6 +47,7 @@ public:
 private:
     void clearLoop();
     int quietRun(const FrameControls& in, int frames, FrameReport& out, float* needles);
+    bool restingLfo(const FrameControls& in) const;
     void fillReport(FrameReport& out) const;
     void controlUpdate(const FrameControls& in, bool reset);
     void quietControlUpdate(const FrameControls& in);

@@ -1,10 +1,15 @@
 #include "engine/StereoDelayLine.h"
 
+#include "engine/WideLoops.h"
+#include "engine/WideVectors.h"
+
 #include <cmath>
 #include <cstring>
 #include <xmmintrin.h>
 
 namespace tw {
+
+static_assert(StereoDelayLine::kPrimeSteps <= wide::kMaxPrimeSteps, "the wide loops prime that far");
 
 StereoDelayLine::StereoDelayLine()
     : memory_(kMaxPairs * 2 * sizeof(float)), samples_(static_cast<float*>(memory_.data())) {}
@@ -63,38 +68,96 @@ float StereoDelayLine::readPrimed(int channel, const Interpolator& in, int32_t p
     return y1;
 }
 
-bool StereoDelayLine::readFrame(int channel, const float delays[kFrame], float slope, float out[kFrame]) {
+bool StereoDelayLine::planFrame(int channel, const float delays[kFrame], float slope, FramePlan& plan) {
     const bool fast = std::fabs(slope) >= kFastSlope;
     const int32_t reach = fast ? kPrimeSteps + 1 : 2;
-    alignas(16) int32_t start[kFrame];
-    alignas(16) float c1[kFrame];
-    alignas(16) float c2[kFrame];
+    const bool wide = wideVectors();
+    plan.fast = fast;
+    if (wide) {
+        // A delay shorter than the frame, as at rest, is known from its first sample's
+        // whole part, found as interpolator finds it.
+        int32_t first = static_cast<int32_t>(delays[0]);
+        if (first > 0) first = first - 1;
+        if (first <= 0 || first + reach >= static_cast<int32_t>(size_)) return false;
+        wide::interpolators(delays, plan.whole, plan.c1, plan.c2);
+    }
     bool freshRead = false;
     for (int n = 0; n < kFrame; ++n) {
-        const Interpolator& in = interpolatorFor(channel, delays[n]);
+        if (!wide) {
+            const Interpolator& in = interpolatorFor(channel, delays[n]);
+            plan.whole[n] = in.whole;
+            plan.c1[n] = in.c1;
+            plan.c2[n] = in.c2;
+        }
         // Sample n reads from whole samples behind its own write back to reach more: none of
         // it may be written earlier in the frame, directly or round the ring.
-        if (in.whole <= n || in.whole + reach >= static_cast<int32_t>(size_)) return false;
+        if (plan.whole[n] <= n || plan.whole[n] + reach >= static_cast<int32_t>(size_)) return false;
         uint32_t w = writeIndex_ + static_cast<uint32_t>(n);
         bool fresh = fresh_ && w < size_;
         if (w >= size_) w -= size_;
-        start[n] = static_cast<int32_t>(w) - (fast ? kPrimeSteps : 1) - in.whole;
-        freshRead = freshRead || (fresh && start[n] - 1 < 0);
-        c1[n] = in.c1;
-        c2[n] = in.c2;
+        plan.start[n] = static_cast<int32_t>(w) - (fast ? kPrimeSteps : 1) - plan.whole[n];
+        freshRead = freshRead || (fresh && plan.start[n] - 1 < 0);
     }
-    if (fast && !freshRead) return readPrimedFrame(channel, start, c1, c2, out);
-    for (int n = 0; n < kFrame; ++n) {
-        uint32_t w = writeIndex_ + static_cast<uint32_t>(n);
-        bool fresh = fresh_ && w < size_;
-        if (w >= size_) w -= size_;
-        out[n] = readAt(channel, interpolatorFor(channel, delays[n]), fast, w, fresh);
-    }
+    plan.primed = fast && !freshRead;
     return true;
 }
 
-bool StereoDelayLine::readPrimedFrame(int channel, const int32_t start[kFrame], const float c1[kFrame],
+void StereoDelayLine::readPlanned(int channel, const FramePlan& plan, float out[kFrame]) {
+    if (plan.primed) {
+        readPrimedFrame(channel, plan.start, plan.c1, plan.c2, out);
+        return;
+    }
+    for (int n = 0; n < kFrame; ++n) {
+        uint32_t w = writeIndex_ + static_cast<uint32_t>(n);
+        bool fresh = fresh_ && w < size_;
+        if (w >= size_) w -= size_;
+        out[n] = readAt(channel, Interpolator{plan.whole[n], plan.c1[n], plan.c2[n]}, plan.fast, w, fresh);
+    }
+}
+
+bool StereoDelayLine::readFrame(int channel, const float delays[kFrame], float slope, float out[kFrame]) {
+    FramePlan plan;
+    if (!planFrame(channel, delays, slope, plan)) return false;
+    readPlanned(channel, plan, out);
+    return true;
+}
+
+void StereoDelayLine::readStereoFrame(const float delays[2][kFrame], const float slopes[2], float out[2][kFrame],
+                                      bool ahead[2]) {
+    FramePlan plans[2];
+    ahead[0] = planFrame(0, delays[0], slopes[0], plans[0]);
+    // Channels that move alike, as they do unless the LFO is stereo, share one plan.
+    if (slopes[0] == slopes[1] && std::memcmp(delays[0], delays[1], sizeof(delays[0])) == 0) {
+        ahead[1] = ahead[0];
+        plans[1] = plans[0];
+    } else {
+        ahead[1] = planFrame(1, delays[1], slopes[1], plans[1]);
+    }
+    if (ahead[0] && ahead[1] && plans[0].primed && plans[1].primed && wideVectors()) {
+        // Each channel's primed reads are one long chain of dependent steps: side by side,
+        // the two chains overlap.
+        float lastTwo[2][2];
+        wide::primedStereoReads(samples_, size_ * 2 - 1, kPrimeSteps, plans[0].start, plans[0].c1, plans[0].c2,
+                                plans[1].start, plans[1].c1, plans[1].c2, out[0], out[1], lastTwo[0], lastTwo[1]);
+        for (int c = 0; c < 2; ++c) {
+            last_[c] = lastTwo[c][0];
+            before_[c] = lastTwo[c][1];
+        }
+        return;
+    }
+    for (int c = 0; c < 2; ++c)
+        if (ahead[c]) readPlanned(c, plans[c], out[c]);
+}
+
+void StereoDelayLine::readPrimedFrame(int channel, const int32_t start[kFrame], const float c1[kFrame],
                                       const float c2[kFrame], float out[kFrame]) {
+    if (wideVectors()) {
+        float lastTwo[2];
+        wide::primedReads(samples_, size_ * 2 - 1, channel, kPrimeSteps, start, c1, c2, out, lastTwo);
+        last_[channel] = lastTwo[0];
+        before_[channel] = lastTwo[1];
+        return;
+    }
     auto at = [this, channel](int32_t pair) { return this->at(channel, pair); };
     // Four samples at a time, one per lane: the same steps as readPrimed, side by side.
     __m128 y1;
@@ -122,7 +185,6 @@ bool StereoDelayLine::readPrimedFrame(int channel, const int32_t start[kFrame], 
     _mm_store_ps(lastTwo[1], y2);
     last_[channel] = lastTwo[0][3];
     before_[channel] = lastTwo[1][3];
-    return true;
 }
 
 }  // namespace tw

@@ -50,6 +50,9 @@ public:
     // Does nothing and answers false when a read would reach the frame's writes.
     bool readFrame(int channel, const float delays[kFrame], float slope, float out[kFrame]);
 
+    // readFrame for both channels; ahead tells which channels it read.
+    void readStereoFrame(const float delays[2][kFrame], const float slopes[2], float out[2][kFrame], bool ahead[2]);
+
 private:
     // The interpolator for a delay: the whole samples behind the newest one read, and the
     // all-pass coefficients for the rest.
@@ -87,8 +90,21 @@ private:
     }
     // Moving fast, the running state is of no use: it is primed from the line itself.
     float readPrimed(int channel, const Interpolator& in, int32_t p);
+    // What a channel's frame needs: each sample's interpolator and first pair read, and
+    // whether the reads are primed.
+    struct FramePlan {
+        alignas(32) int32_t whole[kFrame];
+        alignas(32) int32_t start[kFrame];
+        alignas(32) float c1[kFrame];
+        alignas(32) float c2[kFrame];
+        bool fast;
+        bool primed;
+    };
+    // False when a read would reach the frame's writes.
+    bool planFrame(int channel, const float delays[kFrame], float slope, FramePlan& plan);
+    void readPlanned(int channel, const FramePlan& plan, float out[kFrame]);
     // readFrame for a channel moving fast, once the reads are known to be independent.
-    bool readPrimedFrame(int channel, const int32_t start[kFrame], const float c1[kFrame], const float c2[kFrame],
+    void readPrimedFrame(int channel, const int32_t start[kFrame], const float c1[kFrame], const float c2[kFrame],
                          float out[kFrame]);
 
     ZeroedPages memory_;

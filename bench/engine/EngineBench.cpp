@@ -1,11 +1,12 @@
 // Throughput of the engine in multiples of real time at 48 kHz stereo, for the default
-// setting, a heavy one and silent input (in blocks, and frame by frame), each also as a
-// ratio against a plain copy of the same buffers in frames of 8 and the heavy one against
-// two Bode frequency shifters, measured in the same run.
+// setting, a heavy one (also on the baseline loops) and silent input (in blocks, and
+// frame by frame), each also as a ratio against a plain copy of the same buffers in
+// frames of 8 and the heavy one against two Bode frequency shifters, in the same run.
 #include "bench/engine/BodeShifters.h"
 #include "engine/EngineTables.h"
 #include "engine/FrameControls.h"
 #include "engine/ShifterEngine.h"
+#include "engine/WideVectors.h"
 
 #include <benchmark/benchmark.h>
 
@@ -121,6 +122,13 @@ void HeavySetting(benchmark::State& state) {
     runEngine(state, heavySetting(), input().left.data(), input().right.data());
 }
 
+// The same on the baseline loops, as a processor without AVX2 runs it.
+void HeavyBaselinePath(benchmark::State& state) {
+    tw::setWideVectors(false);
+    runEngine(state, heavySetting(), input().left.data(), input().right.data());
+    tw::setWideVectors(true);
+}
+
 void SilentInput(benchmark::State& state) { runEngine(state, tw::FrameControls(), silence().data(), silence().data()); }
 
 // Two Bode shifters, one per channel, over the same second in blocks of 512.
@@ -153,6 +161,7 @@ void SilentFrameByFrame(benchmark::State& state) {
 BENCHMARK(PlainCopy)->Unit(benchmark::kMillisecond);
 BENCHMARK(DefaultProgram)->Unit(benchmark::kMillisecond);
 BENCHMARK(HeavySetting)->Unit(benchmark::kMillisecond);
+BENCHMARK(HeavyBaselinePath)->Unit(benchmark::kMillisecond);
 BENCHMARK(SilentInput)->Unit(benchmark::kMillisecond);
 BENCHMARK(SilentFrameByFrame)->Unit(benchmark::kMillisecond);
 BENCHMARK(TwoBodeShifters)->Unit(benchmark::kMillisecond);
@@ -173,6 +182,9 @@ public:
         std::printf("heavy / default:      %.2f\n", ratio("HeavySetting", "DefaultProgram"));
         std::printf("silent / default:     %.4f\n", ratio("SilentInput", "DefaultProgram"));
         std::printf("silent frame by frame / default: %.4f\n", ratio("SilentFrameByFrame", "DefaultProgram"));
+        if (seconds_.count("HeavyBaselinePath"))
+            std::printf("heavy throughput / the same on the baseline path: %.2f\n",
+                        ratio("HeavyBaselinePath", "HeavySetting"));
         if (seconds_.count("TwoBodeShifters") && seconds_["TwoBodeShifters"] > 0.0)
             std::printf("heavy throughput / two Bode shifters: %.2f\n", ratio("TwoBodeShifters", "HeavySetting"));
     }

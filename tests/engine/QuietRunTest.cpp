@@ -187,3 +187,99 @@ TEST(QuietRun, LfoAdvanceMatchesRun) {
                 ASSERT_EQ(ra.y, rb.y);
             }
 }
+
+// Many silent steps at once leave the LFO where as many single steps do, and show the
+// same value after each, for the plain shapes on both kinds of target.
+TEST(QuietRun, PlainStepsInOneCallMatchSingleSteps) {
+    constexpr int kMaxSteps = 16;
+    std::mt19937 generator(17);
+    std::uniform_real_distribution<float> phase(-0.5f, 0.5f);
+    std::uniform_real_distribution<float> rate(-0.3f, 0.3f);
+    for (int shape : {Lfo::kSine, Lfo::kSaw, Lfo::kSquare})
+        for (bool delay : {false, true})
+            for (int trial = 0; trial < 100; ++trial) {
+                Lfo a;
+                a.phase = phase(generator);
+                a.increment = trial % 10 == 0 ? 1e-7f : rate(generator);
+                a.value = 0.25f;
+                Lfo b = a;
+                EngineRandom random;
+                random.seed(1, 2);
+                const int steps = 1 + trial % kMaxSteps;
+                float shown[kMaxSteps];
+                b.advancePlain(shape, delay, steps, [&](int j, float value) { shown[j] = value; });
+                for (int j = 0; j < steps; ++j) {
+                    a.advance(shape, false, delay, random);
+                    a.updateShownValue(delay);
+                    ASSERT_TRUE(sameBits(a.value, shown[j])) << shape << " " << trial << " step " << j;
+                }
+                ASSERT_TRUE(sameBits(a.phase, b.phase)) << shape << " " << trial;
+                ASSERT_TRUE(sameBits(a.value, b.value)) << shape << " " << trial;
+                ASSERT_TRUE(sameBits(a.values[0], b.values[0])) << shape << " " << trial;
+                if (delay) {
+                    ASSERT_TRUE(sameBits(a.values[4], b.values[4])) << shape << " " << trial;
+                }
+                ASSERT_EQ(random.x, 1u);  // plain shapes draw nothing
+            }
+}
+
+// The user turns the LFO's rate and shape while the engine is silent: the runs that
+// follow step the LFO in full while its rate's smoother moves, and in bulk once it rests,
+// and show the needle as frame by frame does throughout.
+TEST(QuietRun, TurningTheLfoDuringSilenceMatchesFrameByFrame) {
+    const size_t frames = static_cast<size_t>(kRate * 6.0f) / kFrame;
+    Stereo input(frames * kFrame);
+    for (size_t n = 0; n < 6000; ++n) input.left[n] = input.right[n] = 0.3f * std::sin(0.01f * static_cast<float>(n));
+    // The controls of each frame: the rate and the shape change after the loop fell silent.
+    auto controlsAt = [](size_t frame) {
+        FrameControls c;
+        c.lfoAmount = 0.8f;
+        c.lfoTarget = frame < 20000 ? Lfo::kFrequencyShift : Lfo::kDelayTime;
+        c.lfoRate = frame < 12000 ? 0.4f : (frame < 24000 ? 0.75f : 0.2f);
+        c.lfoShape = frame < 28000 ? Lfo::kSine : Lfo::kSaw;
+        return c;
+    };
+    EngineHarness single(kRate, 5);
+    std::vector<FrameReport> expected;
+    Stereo expectedOut(input.size());
+    for (size_t f = 0; f < frames; ++f) {
+        FrameControls c = controlsAt(f);
+        c.reset = f == 0;
+        c.inputs[0] = input.left.data() + f * kFrame;
+        c.inputs[1] = input.right.data() + f * kFrame;
+        c.outputs[0] = expectedOut.left.data() + f * kFrame;
+        c.outputs[1] = expectedOut.right.data() + f * kFrame;
+        FrameReport report;
+        single.engine().processFrame(c, report);
+        expected.push_back(report);
+    }
+    EngineHarness runs(kRate, 5);
+    Stereo out(input.size());
+    std::vector<float> needles(64);
+    size_t longest = 0;
+    for (size_t f = 0; f < frames;) {
+        // A run never spans a change of the controls, as the processor's blocks do not.
+        size_t end = std::min(frames, f + 64 - f % 64);
+        for (size_t g = f + 1; g < end; ++g)
+            if (controlsAt(g).lfoRate != controlsAt(f).lfoRate || controlsAt(g).lfoShape != controlsAt(f).lfoShape ||
+                controlsAt(g).lfoTarget != controlsAt(f).lfoTarget)
+                end = g;
+        FrameControls c = controlsAt(f);
+        c.reset = f == 0;
+        c.inputs[0] = input.left.data() + f * kFrame;
+        c.inputs[1] = input.right.data() + f * kFrame;
+        c.outputs[0] = out.left.data() + f * kFrame;
+        c.outputs[1] = out.right.data() + f * kFrame;
+        FrameReport report;
+        const int n = runs.engine().processFrames(c, static_cast<int>(end - f), report, needles.data());
+        longest = std::max(longest, static_cast<size_t>(n));
+        for (int k = 0; k < n; ++k)
+            ASSERT_TRUE(sameBits(needles[static_cast<size_t>(k)], expected[f + static_cast<size_t>(k)].needle))
+                << "frame " << f + static_cast<size_t>(k);
+        const FrameReport& last = expected[f + static_cast<size_t>(n) - 1];
+        ASSERT_TRUE(sameBits(report.lfoValue, last.lfoValue)) << "frame " << f;
+        f += static_cast<size_t>(n);
+    }
+    EXPECT_GT(longest, 32u);
+    EXPECT_EQ(std::memcmp(out.left.data(), expectedOut.left.data(), out.size() * sizeof(float)), 0);
+}
