@@ -128,6 +128,11 @@ public:
     // (a gesture's first write is one undo step).
     double paramNumber(int index);
     void writeParamNumber(int index, double value, bool continuous);
+    // The value a key step of `by` from `value` reaches: the next step of a stepped
+    // parameter, however small `by` is.
+    double nudgeParam(int index, double value, double by);
+    // The next gesture's change is an undo step of its own, even beside one of the same.
+    void keepNextEditApart() { keepApart_ = true; }
 
     void timerFired(TimerQueue& queue, std::uint32_t due, std::uint32_t now, int id) override;
 
@@ -191,6 +196,7 @@ private:
     std::deque<UndoRecord> undoStack_;
     std::size_t undoPosition_ = 0;
     std::vector<bool> editedBits_;
+    bool keepApart_ = false;
     std::vector<std::uint32_t> rememberedStamps_;
     FileBrowserSetup browserSetup_;
     FileBrowserSetup saveSetup_;

@@ -101,6 +101,8 @@ Key keyOf(KeySym sym) {
         case XK_End: case XK_KP_End: return Key::end;
         case XK_Page_Up: case XK_KP_Page_Up: return Key::pageUp;
         case XK_Page_Down: case XK_KP_Page_Down: return Key::pageDown;
+        case XK_F1: return Key::f1;
+        case XK_F2: return Key::f2;
         case XK_Shift_L: case XK_Shift_R: return Key::shift;
         case XK_Control_L: case XK_Control_R: return Key::control;
         case XK_Alt_L: case XK_Alt_R: case XK_Meta_L: case XK_Meta_R: return Key::alt;
@@ -427,6 +429,46 @@ void X11Window::toScreen(std::int32_t& x, std::int32_t& y) const {
     XTranslateCoordinates(c.display(), window_, c.root(), x, y, &sx, &sy, &child);
     x = sx;
     y = sy;
+}
+
+void X11Window::takeKeyboardFocus() {
+    if (kind_ != Kind::editor || !window_ || session_->gone()) return;
+    X11Connection& c = *session_->connection;
+    c.takeError();
+    XSetInputFocus(c.display(), window_, RevertToParent, CurrentTime);
+    XFlush(c.display());
+}
+
+void X11Window::returnKeyboardFocus() {
+    if (kind_ != Kind::editor || !window_ || session_->gone()) return;
+    X11Connection& c = *session_->connection;
+    Display* d = c.display();
+    ::Window focus = 0;
+    int revert = 0;
+    XGetInputFocus(d, &focus, &revert);
+    if (focus != window_) return;
+    // The host's top-level window is the one its toolkit takes keys in; its window for us
+    // may be an unmanaged child that does not. An unviewable target fails quietly.
+    const ::Window target = session_->hostTopLevel != 0 ? session_->hostTopLevel : session_->hostWindow;
+    c.takeError();
+    XSetInputFocus(d, target, RevertToParent, CurrentTime);
+    c.sync();
+    if (c.takeError() != 0) XSetInputFocus(d, PointerRoot, RevertToPointerRoot, CurrentTime);
+    XFlush(d);
+}
+
+void X11Window::passKeyOn(const XKeyEvent& key) {
+    if (!window_ || session_->gone() || session_->hostWindow == 0) return;
+    X11Connection& c = *session_->connection;
+    XEvent copy{};
+    copy.xkey = key;
+    copy.xkey.window = session_->hostWindow;
+    copy.xkey.subwindow = window_;
+    // Propagated: the event goes to the nearest window upwards that some client listens
+    // for keys on, which is where the host would have seen it without our focus.
+    c.takeError();
+    XSendEvent(c.display(), session_->hostWindow, True, key.type == KeyPress ? KeyPressMask : KeyReleaseMask, &copy);
+    XFlush(c.display());
 }
 
 void X11Window::holdInput() {
@@ -831,10 +873,11 @@ void X11Window::handleEvent(XEvent& event) {
                     if (hovered_) client_.modifiersChanged(mouseEvent(pointerX_, pointerY_, now));
                 }
             }
-            if (press)
-                client_.keyDown(e);
-            else
-                client_.keyUp(e);
+            const bool used = press ? client_.keyDown(e) : client_.keyUp(e);
+            // Only a key that reached our editor window through the focus is the host's to
+            // have; one that we sent ourselves, or that arrived while a helper holds the
+            // keyboard, is not.
+            if (!used && kind_ == Kind::editor && !k.send_event && !holding_) passKeyOn(k);
             break;
         }
         case VisibilityNotify:
