@@ -114,6 +114,7 @@ void ButtonView::click() {
     if (!enabled_ || tracking_) return;
     const ViewRef keep = weak_from_this().lock();
     hideHint();
+    layout_.host().keepNextEditApart(layout_);
     flags_ = modifierFlags(MouseEvent{});
     runEntry(flags_ | clickMask::press);
     setPressed(true);

@@ -104,8 +104,9 @@ bool CushyWindowClient::keyDown(const KeyEvent& event) {
         return keyboardFocus::step(*root_, event.shift ? -1 : 1);
     if (event.key == Key::escape && !event.shift && !event.ctrl && !event.alt) {
         if (keyboardFocus::clear(*root_)) return true;
-        window_->returnKeyboardFocus();
-        return true;
+        // With nothing focused the keyboard goes back; an Escape the host handed us while
+        // we did not have it stays the host's.
+        if (window_->returnKeyboardFocus()) return true;
     }
     return root_->runKey(event);
 }

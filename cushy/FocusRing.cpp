@@ -1,5 +1,6 @@
 #include "cushy/FocusRing.h"
 
+#include "cushy/HelperLook.h"
 #include "cushy/ShapeFill.h"
 
 #include <algorithm>
@@ -9,18 +10,21 @@ namespace tw {
 
 namespace {
 
-// The face's accent (#39D1C6): the ring nearly opaque, its glow a breath of it.
-constexpr std::uint32_t ringColour = 0xE639D1C6;
-constexpr std::uint32_t glowColour = 0x4039D1C6;
+// The accent that a menu's hovered item is lit with: the ring nearly opaque, its glow a
+// breath of it.
+constexpr std::uint32_t ringColour = (look::accent & 0x00FFFFFF) | 0xF0000000;
+constexpr std::uint32_t glowColour = (look::accent & 0x00FFFFFF) | 0x30000000;
 
 }  // namespace
 
 FocusRingGeometry focusRingGeometry(const IntRect& outline) {
-    // A 20-unit switch gets a hairline one unit out, a 48-unit knob a two-unit line three
-    // units out: proportions of the control, never below one pixel so that it shows.
+    // As thin as the lit switches' edge, and far enough out that a knob's own value arc,
+    // in the same accent, stays apart from it: a 48-unit knob gets a one-unit line three
+    // units out, a 20-unit switch one a unit and a quarter out. Proportions of the
+    // control, never below one pixel so that it shows.
     const double side = std::max(1, std::min(outline.width, outline.height));
     FocusRingGeometry g;
-    g.width = std::max(1.0, side / 24);
+    g.width = std::max(1.0, side / 48);
     g.gap = std::max(1.0, side / 16) + g.width / 2;
     g.glow = g.width * 3;
     return g;

@@ -121,6 +121,7 @@ public:
     std::string getVariable(CushyView& view, const std::string& name) override;
     bool isWritable(CushyView& view, const std::string& name) override;
     void beginEnd(CushyView& view, const std::string& name, bool beginning) override;
+    void keepNextEditApart(CushyView&) override { keepApart_ = true; }
     void setVariable(CushyView& view, const std::string& name, const std::string& value, bool continuous) override;
     // A parameter's plain value ("params.<name>") as a number; other names as text.
     std::unique_ptr<NumberVariable> numberVariable(CushyView& view, const std::string& name) override;
@@ -131,8 +132,6 @@ public:
     // The value a key step of `by` from `value` reaches: the next step of a stepped
     // parameter, however small `by` is.
     double nudgeParam(int index, double value, double by);
-    // The next gesture's change is an undo step of its own, even beside one of the same.
-    void keepNextEditApart() { keepApart_ = true; }
 
     void timerFired(TimerQueue& queue, std::uint32_t due, std::uint32_t now, int id) override;
 

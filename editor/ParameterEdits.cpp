@@ -72,7 +72,7 @@ public:
     void write(double value, bool continuous) override { controller_.writeParamNumber(index_, value, continuous); }
     void beginEnd(bool beginning) override { controller_.beginEnd(view_, name_, beginning); }
     double nudge(double value, double by) override { return controller_.nudgeParam(index_, value, by); }
-    void keepApart() override { controller_.keepNextEditApart(); }
+    void keepApart() override { controller_.keepNextEditApart(view_); }
 
 private:
     ModelController& controller_;
@@ -133,7 +133,8 @@ void ModelController::changeParam(const std::string& params) {
     } else {
         throw FormatException("Invalid action params for changeParam: " + quote(params));
     }
-    pushUndo(changeDescription(index), true);
+    pushUndo(changeDescription(index), !keepApart_);
+    keepApart_ = false;
     value = factory_.constrainValue(cachedPatch(), index, value);
     services_.beginEnd(index, true);
     writeParameter(index, value);

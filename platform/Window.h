@@ -120,9 +120,10 @@ public:
     virtual void toScreen(std::int32_t& x, std::int32_t& y) const = 0;
     // The editor's window asks for the keyboard when the user clicks in it, and gives it
     // back to the host's window when the user is done with it (Escape), so that the
-    // host's own shortcuts work again. Helper windows manage their focus themselves.
+    // host's own shortcuts work again; that answers whether the window had it. Helper
+    // windows manage their focus themselves.
     virtual void takeKeyboardFocus() {}
-    virtual void returnKeyboardFocus() {}
+    virtual bool returnKeyboardFocus() { return false; }
 
     // Top-level helper windows. A popup (a menu, the hint) is override-redirect and never
     // takes the focus; a dialog is transient for the host's window and takes it. Both are

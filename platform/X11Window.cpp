@@ -439,14 +439,14 @@ void X11Window::takeKeyboardFocus() {
     XFlush(c.display());
 }
 
-void X11Window::returnKeyboardFocus() {
-    if (kind_ != Kind::editor || !window_ || session_->gone()) return;
+bool X11Window::returnKeyboardFocus() {
+    if (kind_ != Kind::editor || !window_ || session_->gone()) return false;
     X11Connection& c = *session_->connection;
     Display* d = c.display();
     ::Window focus = 0;
     int revert = 0;
     XGetInputFocus(d, &focus, &revert);
-    if (focus != window_) return;
+    if (focus != window_) return false;
     // The host's top-level window is the one its toolkit takes keys in; its window for us
     // may be an unmanaged child that does not. An unviewable target fails quietly.
     const ::Window target = session_->hostTopLevel != 0 ? session_->hostTopLevel : session_->hostWindow;
@@ -455,6 +455,7 @@ void X11Window::returnKeyboardFocus() {
     c.sync();
     if (c.takeError() != 0) XSetInputFocus(d, PointerRoot, RevertToPointerRoot, CurrentTime);
     XFlush(d);
+    return true;
 }
 
 void X11Window::passKeyOn(const XKeyEvent& key) {

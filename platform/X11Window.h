@@ -75,7 +75,7 @@ public:
     bool isActive() const override;
     void toScreen(std::int32_t& x, std::int32_t& y) const override;
     void takeKeyboardFocus() override;
-    void returnKeyboardFocus() override;
+    bool returnKeyboardFocus() override;
     std::unique_ptr<Window> openPopup(WindowClient& client, std::int32_t x, std::int32_t y, std::int32_t width,
                                       std::int32_t height) override;
     std::unique_ptr<Window> openDialog(WindowClient& client, const std::string& title, std::int32_t x, std::int32_t y,
