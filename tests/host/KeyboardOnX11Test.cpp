@@ -326,6 +326,19 @@ TEST_F(KeyboardOnX11, ThePatchNameStepsPatchesWithTheArrows) {
     EXPECT_EQ(variable("patch.name"), "MW Dazzle Fo Shazzle");
 }
 
+TEST_F(KeyboardOnX11, CopyPasteAndTheTourAreTheEditorsOwnKeys) {
+    controller->setVariable(controller->rootView(), "params.phaseShift", "0.25", false);
+    key(XK_c, ControlMask);
+    controller->setVariable(controller->rootView(), "params.phaseShift", "0.75", false);
+    pump();
+    key(XK_v, ControlMask);
+    EXPECT_FLOAT_EQ(param(Param::phaseShift), 0.25f) << "Ctrl+V pastes what Ctrl+C copied";
+    key(XK_F1);
+    EXPECT_EQ(variable("modalLayout"), "Tidewake_messages") << "F1 opens the tour";
+    key(XK_Tab);
+    EXPECT_EQ(View::focusHolder(), nullptr) << "under the tour, Tab reaches none of the controls behind it";
+}
+
 TEST_F(KeyboardOnX11, EscapeLetsGoOfTheControlThenGivesTheKeyboardBack) {
     click(feedbackX, feedbackY);
     ASSERT_EQ(inputFocus(), editorId);
