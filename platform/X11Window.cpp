@@ -449,8 +449,11 @@ bool X11Window::returnKeyboardFocus() {
     if (focus != window_) return false;
     // The host's top-level window is the one its toolkit takes keys in; its window for us
     // may be an unmanaged child that does not. An unviewable target fails quietly.
-    const ::Window target = session_->hostTopLevel != 0 ? session_->hostTopLevel : session_->hostWindow;
+    const ::Window target = hostKeyWindow();
     c.takeError();
+    // By way of no window: from ours, an inferior of the host's, the host's toolkit would
+    // take the focus's return as a move inside its window and not see that it has it again.
+    XSetInputFocus(d, None, RevertToNone, CurrentTime);
     XSetInputFocus(d, target, RevertToParent, CurrentTime);
     c.sync();
     if (c.takeError() != 0) XSetInputFocus(d, PointerRoot, RevertToPointerRoot, CurrentTime);
@@ -458,18 +461,40 @@ bool X11Window::returnKeyboardFocus() {
     return true;
 }
 
+::Window X11Window::hostKeyWindow() const {
+    // Asked afresh: the host's toolkit may have moved its window for us into another since
+    // we opened (a plug into its socket), and the top-level is the one it is in now.
+    X11Connection& c = *session_->connection;
+    c.takeError();
+    const ::Window top = topLevelOf(c, session_->hostWindow, nullptr);
+    if (c.takeError() == 0 && top != 0) return top;
+    return session_->hostTopLevel != 0 ? session_->hostTopLevel : session_->hostWindow;
+}
+
 void X11Window::passKeyOn(const XKeyEvent& key) {
     if (!window_ || session_->gone() || session_->hostWindow == 0) return;
     X11Connection& c = *session_->connection;
+    Display* d = c.display();
+    // The host's top-level window is where its toolkit looks up its shortcuts; the window
+    // it gave us may be a plug or socket of its own that keeps keys to itself.
+    const ::Window target = hostKeyWindow();
+    XWindowAttributes attributes{};
+    c.takeError();
+    const bool known = XGetWindowAttributes(d, target, &attributes) != 0 && c.takeError() == 0;
+    const long mask = key.type == KeyPress ? KeyPressMask : KeyReleaseMask;
+    if (known && (attributes.all_event_masks & mask) == 0) {
+        // A toolkit that reads the keyboard through the input extension (GTK 3) never
+        // sees a sent core event: the keyboard itself goes back, so that the host has
+        // the next key (this one is lost to it).
+        if (key.type == KeyPress) returnKeyboardFocus();
+        return;
+    }
     XEvent copy{};
     copy.xkey = key;
-    copy.xkey.window = session_->hostWindow;
-    copy.xkey.subwindow = window_;
-    // Propagated: the event goes to the nearest window upwards that some client listens
-    // for keys on, which is where the host would have seen it without our focus.
-    c.takeError();
-    XSendEvent(c.display(), session_->hostWindow, True, key.type == KeyPress ? KeyPressMask : KeyReleaseMask, &copy);
-    XFlush(c.display());
+    copy.xkey.window = target;
+    copy.xkey.subwindow = 0;
+    XSendEvent(d, target, False, mask, &copy);
+    XFlush(d);
 }
 
 void X11Window::holdInput() {
@@ -878,7 +903,8 @@ void X11Window::handleEvent(XEvent& event) {
             // Only a key that reached our editor window through the focus is the host's to
             // have; one that we sent ourselves, or that arrived while a helper holds the
             // keyboard, is not.
-            if (!used && kind_ == Kind::editor && !k.send_event && !holding_) passKeyOn(k);
+            // A modifier alone is no key of the host's yet: what it modifies decides.
+            if (!used && kind_ == Kind::editor && !k.send_event && !holding_ && modifierOf(e.key) == 0) passKeyOn(k);
             break;
         }
         case VisibilityNotify:

@@ -127,9 +127,11 @@ private:
     void watchHold();
     bool belongsToUs(::Window window) const;
     bool menuHoldsPointer() const;
-    // A key the editor did not use, sent on to the first of the host's windows above ours
-    // that listens for keys, as if ours had not had the focus.
+    // A key the editor did not use, sent on to the host's top-level window, as if ours
+    // had not had the focus; to a host that cannot take a sent key, the keyboard itself.
     void passKeyOn(const XKeyEvent& key);
+    // The host's top-level window as it stands now, where its toolkit takes keys.
+    ::Window hostKeyWindow() const;
     void placeOnScreen(std::int32_t& x, std::int32_t& y, std::int32_t width, std::int32_t height) const;
 
     std::shared_ptr<X11Session> session_;
