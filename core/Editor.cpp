@@ -164,6 +164,27 @@ void Editor::idle() {
     reap();
 }
 
+bool Editor::keyDown(const KeyEvent& event) {
+    std::lock_guard<std::recursive_mutex> lock(lock_);
+    if (!window_ || !controller_ || window_->busy()) return false;
+    try {
+        return controller_->client().keyDown(event);
+    } catch (...) {
+        // A loop ended by a close from elsewhere unwinds to here; the key was taken.
+        return true;
+    }
+}
+
+bool Editor::keyUp(const KeyEvent& event) {
+    std::lock_guard<std::recursive_mutex> lock(lock_);
+    if (!window_ || !controller_ || window_->busy()) return false;
+    try {
+        return controller_->client().keyUp(event);
+    } catch (...) {
+        return true;
+    }
+}
+
 bool Editor::close() {
     std::unique_lock<std::recursive_mutex> lock(lock_, std::defer_lock);
     if (!lockForClose(lock)) return false;

@@ -53,6 +53,11 @@ public:
     // editor's thread did not let go in time: then nothing changed.
     bool close();
 
+    // A key the host hands the open editor (hosts that keep the keyboard themselves):
+    // answers whether the editor used it, so that the host keeps the rest.
+    bool keyDown(const KeyEvent& event);
+    bool keyUp(const KeyEvent& event);
+
     bool isOpen() const { return window_ != nullptr; }
     // The open editor's X window id; 0 when closed.
     std::uintptr_t windowId() const { return window_ ? window_->nativeId() : 0; }

@@ -2,6 +2,7 @@
 
 #include "cushy/CushyHost.h"
 #include "cushy/CushyView.h"
+#include "cushy/KeyboardFocus.h"
 #include "cushy/ShapeFill.h"
 #include "graphics/Font.h"
 #include "graphics/Image.h"
@@ -9,6 +10,7 @@
 #include "speclang/SpecExpression.h"
 #include "speclang/SpecQuote.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tw {
@@ -19,6 +21,22 @@ namespace {
 SpecMap overlay(SpecMap base, const SpecMap& own) {
     for (const auto& [key, value] : own) base[key] = value;
     return base;
+}
+
+// What the segments of one selector share: one entry that sets something `to` a value,
+// the same action and the same other parameters.
+std::string segmentKeyOf(const std::vector<ActionEntry>& entries) {
+    if (entries.size() != 1 || entries[0].action.empty()) return {};
+    SpecMap params;
+    try {
+        params = parseMap(entries[0].params);
+    } catch (const std::exception&) {
+        return {};
+    }
+    if (params.erase("to") == 0) return {};
+    std::string key = entries[0].action;
+    for (const auto& [name, value] : params) key += "\n" + name + "=" + value;
+    return key;
 }
 
 ButtonView::Look readLook(CushyView& layout, const IntRect& rect, const SpecMap& spec) {
@@ -48,6 +66,91 @@ ButtonView::ButtonView(CushyView& layout, const IntRect& rect, const SpecMap& sp
     looks_[downLook] = readLook(layout, rect, overlay(standard, parseMap(lookup(spec, "down"))));
     looks_[checkedDownLook] = readLook(layout, rect, overlay(checked, parseMap(lookup(spec, "checkedDown"))));
     looks_[disabledLook] = readLook(layout, rect, overlay(standard, parseMap(lookup(spec, "disabled"))));
+    segmentKey_ = segmentKeyOf(entries_);
+}
+
+std::vector<ButtonView*> ButtonView::segments() const {
+    std::vector<ButtonView*> out;
+    if (segmentKey_.empty() || parent_ == nullptr) return out;
+    for (const ViewRef& child : parent_->children()) {
+        auto* button = dynamic_cast<ButtonView*>(child.get());
+        if (button != nullptr && button->segmentKey_ == segmentKey_ && button->visible()) out.push_back(button);
+    }
+    return out;
+}
+
+bool ButtonView::acceptsFocus() const {
+    const std::vector<ButtonView*> group = segments();
+    if (group.size() > 1) return group.front() == this;
+    return enabled_;
+}
+
+IntRect ButtonView::focusOutline(double& radius) const {
+    double rx = 0, ry = 0;
+    rounded_.radiiFor(IntRect{0, 0, frame_.width, frame_.height}, rx, ry);
+    const std::vector<ButtonView*> group = segments();
+    if (group.size() <= 1) {
+        radius = std::min(rx, ry);
+        return frame_;
+    }
+    IntRect all = group.front()->frame();
+    for (const ButtonView* b : group) {
+        const IntRect& f = b->frame();
+        const std::int32_t left = std::min(all.left, f.left), top = std::min(all.top, f.top);
+        const std::int32_t right = std::max(all.right(), f.right()), bottom = std::max(all.bottom(), f.bottom());
+        all = IntRect{left, top, right - left, bottom - top};
+    }
+    // The selector's well has the segments' corners plus the one pixel they stand in by.
+    radius = std::min(rx, ry) + 1;
+    return all;
+}
+
+const View* ButtonView::focusRingAfter() const {
+    const std::vector<ButtonView*> group = segments();
+    return group.size() > 1 ? group.back() : this;
+}
+
+void ButtonView::click() {
+    if (!enabled_ || tracking_) return;
+    const ViewRef keep = weak_from_this().lock();
+    hideHint();
+    layout_.host().keepNextEditApart(layout_);
+    flags_ = modifierFlags(MouseEvent{});
+    runEntry(flags_ | clickMask::press);
+    setPressed(true);
+    finishPress(true);
+}
+
+bool ButtonView::keyDown(const KeyEvent& event) {
+    if (event.ctrl || event.alt || tracking_) return false;
+    const bool space = event.key == Key::character && event.character == U' ';
+    const std::vector<ButtonView*> group = segments();
+    if (group.size() <= 1) {
+        if (event.shift || (!space && event.key != Key::enter)) return false;
+        if (!event.repeat) click();
+        return true;
+    }
+    const auto checked = std::find_if(group.begin(), group.end(), [](const ButtonView* b) { return b->checked(); });
+    const std::size_t at = checked == group.end() ? 0 : std::size_t(checked - group.begin());
+    const std::size_t last = group.size() - 1;
+    std::size_t to;
+    switch (event.key) {
+        case Key::right: case Key::down: to = std::min(at + 1, last); break;
+        case Key::left: case Key::up: to = at == 0 ? 0 : at - 1; break;
+        case Key::home: to = 0; break;
+        case Key::end: to = last; break;
+        case Key::enter: to = at == last ? 0 : at + 1; break;
+        default:
+            if (!space) return false;
+            to = at == last ? 0 : at + 1;
+            break;
+    }
+    // A held key steps once: each step is a change of its own for the host and the undo.
+    if (!event.repeat && (to != at || checked == group.end())) {
+        const ViewRef keep = group[to]->weak_from_this().lock();
+        group[to]->click();
+    }
+    return true;
 }
 
 ButtonView::LookIndex ButtonView::currentLook() const {
@@ -125,6 +228,8 @@ bool ButtonView::mouseDown(const MouseEvent& event) {
     if (event.button != leftButton || !enabled_ || !insideRect(event.x, event.y)) return false;
     const ViewRef keep = weak_from_this().lock();
     hideHint();
+    const std::vector<ButtonView*> group = segments();
+    keyboardFocus::give(group.size() > 1 ? *group.front() : *this);
     flags_ = modifierFlags(event);
     runEntry(flags_ | clickMask::press);
     tracking_ = true;

@@ -1,6 +1,9 @@
 // The view type "button": a pressable picture with five looks (standard, checked, down,
 // checkedDown, disabled) that runs its action entries through the phases of a press:
 // press, down, up, release and click, with the pressed look following the pointer.
+// From the keyboard, Enter and Space press a focused button. Buttons side by side that set
+// one parameter to different values (`to`) make one segmented selector: a single stop of
+// the focus, held by its first segment, that the arrows, Home, End and Space step through.
 #pragma once
 
 #include <array>
@@ -47,6 +50,15 @@ public:
     // Renews the caption and works out whether the button is enabled and checked.
     void refresh() override;
     bool hitsHint(ViewPoint point) override;
+    bool acceptsFocus() const override;
+    IntRect focusOutline(double& radius) const override;
+    const View* focusRingAfter() const override;
+    bool keyDown(const KeyEvent& event) override;
+    // The segments of this button's selector, in the layout's order; empty when it is
+    // a button of its own.
+    std::vector<ButtonView*> segments() const;
+    // A press and release as the keyboard makes them, with its click.
+    void click();
 
     bool enabled() const { return enabled_; }
     bool checked() const { return checked_; }
@@ -75,6 +87,8 @@ private:
     bool running_ = false;
     std::optional<bool> pendingPressed_;
     std::uint32_t flags_ = 0;
+    // The action and its parameters but the value: equal for the segments of one selector.
+    std::string segmentKey_;
 };
 
 }  // namespace tw

@@ -1,27 +1,46 @@
 #include "cushy/ContainerView.h"
 
+#include "cushy/FocusRing.h"
+
 #include <algorithm>
 
 namespace tw {
 
 void ContainerView::paint(Raster32& canvas, const IntRect& clip) {
     const IntRect area = intersectionOf(clip, canvas.bounds());
+    const View* focus = focusHolder();
+    if (focus != nullptr && (focus->parent() != this || !focus->visible() || focus->stopped())) focus = nullptr;
+    const View* ringAfter = focus != nullptr ? focus->focusRingAfter() : nullptr;
     for (std::size_t i = 0; i < children_.size(); ++i) {
         // Hold the child: a paint may run nothing that changes the tree, but a view's
         // paint is not ours to trust.
         const ViewRef child = children_[i];
-        if (!child->visible() || child->stopped()) continue;
-        const IntRect& frame = child->frame();
-        const IntRect part = intersectionOf(area, frame);
-        if (part.isEmpty()) continue;
-        Raster32 sub(canvas.at(part.left, part.top), canvas.stride(),
-                     IntRect{part.left - frame.left, part.top - frame.top, part.width, part.height});
-        try {
-            child->paint(sub, sub.bounds());
-        } catch (const std::exception& e) {
-            child->stopOnFault(e.what());
-        }
+        paintChild(canvas, area, *child);
+        if (child.get() == ringAfter) paintFocusRing(canvas, area, *focus);
     }
+}
+
+void ContainerView::paintChild(Raster32& canvas, const IntRect& area, View& child) {
+    if (!child.visible() || child.stopped()) return;
+    const IntRect& frame = child.frame();
+    const IntRect part = intersectionOf(area, frame);
+    if (part.isEmpty()) return;
+    Raster32 sub(canvas.at(part.left, part.top), canvas.stride(),
+                 IntRect{part.left - frame.left, part.top - frame.top, part.width, part.height});
+    try {
+        child.paint(sub, sub.bounds());
+    } catch (const std::exception& e) {
+        child.stopOnFault(e.what());
+    }
+}
+
+void ContainerView::paintFocusRing(Raster32& canvas, const IntRect& area, const View& focus) {
+    double radius = 0;
+    const IntRect outline = focus.focusOutline(radius);
+    const IntRect part = intersectionOf(area, focusRingBounds(outline));
+    if (part.isEmpty()) return;
+    Raster32 sub(canvas.at(part.left, part.top), canvas.stride(), part);
+    tw::paintFocusRing(sub, outline, radius);
 }
 
 void ContainerView::faultBelow(const std::string& message) {

@@ -1,4 +1,5 @@
-// A view with children, bottom first: it paints them in order, clipped to their frames,
+// A view with children, bottom first: it paints them in order, clipped to their frames (and
+// the keyboard focus's ring after the focused child),
 // offers presses to the top one first, and lets every child under the pointer see a move.
 #pragma once
 
@@ -42,6 +43,9 @@ protected:
     bool offerPress(const MouseEvent& event, Ask ask);
     // Keeps the children's screen frames after this view moved.
     void deriveChildFrames();
+    void paintChild(Raster32& canvas, const IntRect& area, View& child);
+    // The ring of the child that holds the keyboard focus, over the children before it.
+    void paintFocusRing(Raster32& canvas, const IntRect& area, const View& focus);
 
     std::vector<ViewRef> children_;
 };

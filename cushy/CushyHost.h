@@ -48,6 +48,9 @@ public:
     // A variable's value; a name nobody has set reads as the empty string.
     virtual std::string getVariable(CushyView& view, const std::string& name) = 0;
     virtual bool isWritable(CushyView& view, const std::string& name) = 0;
+    // The next change is an undo step of its own, even right after one of the same kind:
+    // each press of a key is a step, where repeated clicks may make one.
+    virtual void keepNextEditApart(CushyView& view) { (void)view; }
     // Brackets a continuous change of a variable (a drag, a typed value).
     virtual void beginEnd(CushyView& view, const std::string& name, bool beginning) = 0;
     virtual void setVariable(CushyView& view, const std::string& name, const std::string& value, bool continuous) = 0;

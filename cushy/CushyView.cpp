@@ -1,5 +1,7 @@
 #include "cushy/CushyView.h"
 
+#include "cushy/ClickView.h"
+
 #include "cushy/CushyActions.h"
 #include "cushy/CushyHost.h"
 #include "cushy/HintWindow.h"
@@ -103,6 +105,7 @@ void CushyView::detached(Window& window) {
 void CushyView::load(const std::string& name) {
     if (window_ != nullptr) cancelTimers(window_->timers());
     autoexecs_.clear();
+    keys_.clear();
     removeAllChildren();
     currentLayout_ = name;
     if (name.empty()) {
@@ -122,7 +125,25 @@ void CushyView::load(const std::string& name) {
         autoexec->repeat = std::max(milliseconds(lookup(spec, "repeat")), 0);
         autoexecs_.push_back(std::move(autoexec));
     }
+    keys_ = parseKeyBindings(lookup(layout, "keys"));
     if (window_ != nullptr) startTimers();
+}
+
+void CushyView::addValueEntry(const std::string& variable, View& view) { valueEntries_[variable] = &view; }
+
+bool CushyView::runValueEntry(const std::string& variable) {
+    const auto found = valueEntries_.find(variable);
+    auto* click = found != valueEntries_.end() ? dynamic_cast<ClickView*>(found->second) : nullptr;
+    return click != nullptr && click->activate();
+}
+
+bool CushyView::runKey(const KeyEvent& event) {
+    const KeyBinding* binding = findKeyBinding(keys_, event);
+    if (binding == nullptr) return false;
+    // Copied: the action may load another layout and these bindings with it.
+    const KeyBinding run = *binding;
+    if (!event.repeat) runAction(run.action, run.params);
+    return true;
 }
 
 void CushyView::build(const SpecMap& spec) {
@@ -276,6 +297,7 @@ void CushyView::reportLater(const std::string& message) {
 
 void CushyView::unregister(View& view) {
     hintViews_.erase(&view);
+    std::erase_if(valueEntries_, [&](const auto& entry) { return entry.second == &view; });
     controls_.erase(&view);
     if (const auto found = refreshers_.find(&view); found != refreshers_.end()) {
         if (window_ != nullptr) window_->timers().cancel(found->second.get());

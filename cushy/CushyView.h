@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "cushy/ContainerView.h"
+#include "cushy/KeyBinding.h"
 #include "cushy/LayoutZoom.h"
 #include "platform/TimerQueue.h"
 #include "speclang/SpecLanguage.h"
@@ -85,6 +86,13 @@ public:
     void watchHint(HintedView& view, const std::string& raw);
     void addControl(View& view, const std::string& variable);
     void addAutoRefresh(View& view, std::int32_t period);
+    // A click area that types the value of `variable` (its `entryFor`): what Enter or F2
+    // on the variable's control opens.
+    void addValueEntry(const std::string& variable, View& view);
+    // Runs the value entry of `variable`; false when the layout has none.
+    bool runValueEntry(const std::string& variable);
+    // The layout's own keys (its `keys` list), when no focused control took the key.
+    bool runKey(const KeyEvent& event);
     // The variable this view takes its layout name from (type "cushy").
     void setLayoutVariable(std::string name) { layoutVariable_ = std::move(name); }
     const std::string& layoutVariable() const { return layoutVariable_; }
@@ -136,6 +144,8 @@ private:
     std::map<View*, std::string> controls_;
     std::map<View*, std::unique_ptr<AutoRefresh>> refreshers_;
     std::vector<std::shared_ptr<Autoexec>> autoexecs_;
+    std::vector<KeyBinding> keys_;
+    std::map<std::string, View*> valueEntries_;
     std::shared_ptr<DebugOverlay> debugOverlay_;
     ViewPoint lastMouse_;
     ViewPoint lastClick_;

@@ -2,6 +2,7 @@
 
 #include "cushy/HelperLook.h"
 #include "cushy/HintWindow.h"
+#include "cushy/KeyboardFocus.h"
 
 namespace tw {
 
@@ -40,8 +41,14 @@ void CushyWindowClient::paint(const PixelTile& tile) {
 void CushyWindowClient::mouseDown(const MouseEvent& event) {
     const std::shared_ptr<CushyView> keep = root_;
     root_->setLastClick({event.x, event.y});
-    if (event.button == rightButton) root_->rightMouseDown(toRoot(event));
-    else root_->mouseDown(toRoot(event));
+    if (event.button == rightButton) {
+        root_->rightMouseDown(toRoot(event));
+        return;
+    }
+    if (window_ != nullptr) window_->takeKeyboardFocus();
+    // A control that takes the press takes the focus too; a press on nothing lets go.
+    View* before = focused();
+    if (!root_->mouseDown(toRoot(event)) && before != nullptr && focused() == before) keyboardFocus::clear(*root_);
 }
 
 void CushyWindowClient::mouseUp(const MouseEvent& event) {
@@ -79,11 +86,36 @@ void CushyWindowClient::captureLost() {
     if (View* holder = captured()) holder->releaseCapture();
 }
 
-bool CushyWindowClient::keyDown(const KeyEvent& event) {
+View* CushyWindowClient::focused() const {
     View* focus = View::focusHolder();
-    if (focus == nullptr || window_ == nullptr || focus->window() != window_) return false;
+    return focus != nullptr && window_ != nullptr && focus->window() == window_ ? focus : nullptr;
+}
+
+bool CushyWindowClient::keyDown(const KeyEvent& event) {
+    if (window_ == nullptr) return false;
+    const std::shared_ptr<CushyView> keep = root_;
+    if (View* focus = focused()) {
+        const std::shared_ptr<View> held = focus->weak_from_this().lock();
+        if (focus->keyDown(event)) return true;
+    }
+    // A control that holds the keyboard for itself (a console) is not part of the walk.
+    const bool walking = focused() == nullptr || focused()->acceptsFocus();
+    if (event.key == Key::tab && !event.ctrl && !event.alt && walking)
+        return keyboardFocus::step(*root_, event.shift ? -1 : 1);
+    if (event.key == Key::escape && !event.shift && !event.ctrl && !event.alt) {
+        if (keyboardFocus::clear(*root_)) return true;
+        // With nothing focused the keyboard goes back; an Escape the host handed us while
+        // we did not have it stays the host's.
+        if (window_->returnKeyboardFocus()) return true;
+    }
+    return root_->runKey(event);
+}
+
+bool CushyWindowClient::keyUp(const KeyEvent& event) {
+    View* focus = focused();
+    if (focus == nullptr) return false;
     const std::shared_ptr<View> held = focus->weak_from_this().lock();
-    return focus->keyDown(event);
+    return focus->keyUp(event);
 }
 
 void CushyWindowClient::modifiersChanged(const MouseEvent& event) { mouseMove(event); }

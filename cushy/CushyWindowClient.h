@@ -1,7 +1,9 @@
 // Hands a layout's root view to a window: paints the tree into the window's tiles, delivers
 // the mouse (to the holder of the capture while there is one, else down the tree with the
-// hover walk), and refreshes the hover when a modifier key changes. The editor object
-// gives the root to its window through it.
+// hover walk), refreshes the hover when a modifier key changes, and delivers the keys: to
+// the focused control, then Tab and Escape, then the layout's own keys; the rest it leaves
+// to the host. A click asks the window for the keyboard. The editor object gives the root
+// to its window through it.
 #pragma once
 
 #include <memory>
@@ -29,12 +31,16 @@ public:
     void mouseLeave(std::uint32_t time) override;
     void captureLost() override;
     void modifiersChanged(const MouseEvent& event) override;
-    // To the view of this window that holds the keyboard focus, if any.
+    // To the view of this window that holds the keyboard focus, if any; then Tab and
+    // Shift-Tab walk the controls, Escape lets go of the control and then of the
+    // keyboard, and the layout's keys run. Answers whether the key was used.
     bool keyDown(const KeyEvent& event) override;
+    bool keyUp(const KeyEvent& event) override;
 
 private:
-    // The view of this window that holds the capture, or null.
+    // The view of this window that holds the capture, or the keyboard focus, or null.
     View* captured() const;
+    View* focused() const;
     MouseEvent toRoot(const MouseEvent& event) const;
 
     std::shared_ptr<CushyView> root_;

@@ -40,8 +40,12 @@ void HoverView::mouseLeave(std::uint32_t time) {
 }
 
 void HoverView::mouseMove(const MouseEvent& event) {
-    for (const auto& [name, value] : writes_) layout_.host().setVariable(layout_, name, value, false);
+    writeVariables();
     HintedView::mouseMove(event);
+}
+
+void HoverView::writeVariables() {
+    for (const auto& [name, value] : writes_) layout_.host().setVariable(layout_, name, value, false);
 }
 
 }  // namespace tw

@@ -22,6 +22,9 @@ public:
     void mouseEnter(std::uint32_t time) override;
     void mouseLeave(std::uint32_t time) override;
     void mouseMove(const MouseEvent& event) override;
+    // Writes the variables as a move over it does: the keyboard focus on a control under
+    // it names the control in the status line too.
+    void writeVariables();
 
 private:
     CushyView& layout_;

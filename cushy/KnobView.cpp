@@ -91,6 +91,11 @@ double KnobView::angleOf(double value) const {
     return sweepStart_ + f * sweepExtent_;
 }
 
+IntRect KnobView::focusOutline(double& radius) const {
+    radius = std::min(frame_.width, frame_.height) / 2.0;
+    return frame_;
+}
+
 std::int32_t KnobView::frameIndex() const {
     if (!film_) return -1;
     const std::int32_t frames = film_->frameCount();

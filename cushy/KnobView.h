@@ -35,6 +35,8 @@ public:
     bool mouseDown(const MouseEvent& event) override;
     void mouseMove(const MouseEvent& event) override;
     bool mouseWheel(const MouseEvent& event) override;
+    // Round: the ring circles the knob.
+    IntRect focusOutline(double& radius) const override;
 
     // The film frame the value shows, or -1 without a film.
     std::int32_t frameIndex() const;

@@ -20,6 +20,13 @@ public:
     virtual void write(double value, bool continuous) = 0;
     // Brackets a gesture for the host.
     virtual void beginEnd(bool beginning) = 0;
+    // The value a key step of `by` from `value` lands on as the model holds it: where the
+    // model keeps the variable to steps and `by` would land on the same one, the next
+    // step that way, so that every press moves. By default no steps: value plus by.
+    virtual double nudge(double value, double by) { return value + by; }
+    // The gesture about to begin is an undo step of its own, even right after one that
+    // changed the same thing (a second run of keys is a second step).
+    virtual void keepApart() {}
 };
 
 // Through the host's text interface, by name.

@@ -26,6 +26,14 @@ public:
     void captureMouse() override;
     void releaseCapture() override;
     void detached(Window& window) override;
+    // The keys of a focused value control: arrows by a step (Shift finer), Page Up and
+    // Down by ten, Home and End to the ends, Delete and Backspace to the default, Enter
+    // and F2 to the layout's value entry for the variable. A press with its repeats is
+    // one gesture, ended by the release, another key, the focus leaving or a pause.
+    bool keyDown(const KeyEvent& event) override;
+    bool keyUp(const KeyEvent& event) override;
+    bool acceptsFocus() const override { return !readOnly_; }
+    void focusChanged(bool focused) override;
     std::string valueText() override { return formatVariableNumber(value_.value); }
 
     const std::string& variableName() const override { return variable_; }
@@ -49,6 +57,8 @@ protected:
     void write(double value);
     // Reads the variable back.
     void syncNow();
+    // The value `steps` key steps away, each `fraction` of the range.
+    double stepped(double fraction, int steps) const;
 
     CushyView& layout_;
     std::string variable_;
@@ -58,6 +68,8 @@ protected:
     ControlValue value_;
     bool dragging_ = false;
     WheelGesture wheel_;
+    WheelGesture keys_;
+    Key runKey_ = Key::other;  // the key whose run the key gesture is
 };
 
 }  // namespace tw

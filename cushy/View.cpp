@@ -1,6 +1,9 @@
 #include "cushy/View.h"
 
 #include "cushy/ContainerView.h"
+#include "cushy/FocusRing.h"
+
+#include <algorithm>
 
 namespace tw {
 
@@ -16,13 +19,35 @@ View* View::captureHolder() { return theCaptureHolder; }
 
 View* View::focusHolder() { return theFocusHolder; }
 
-void View::takeFocus() { theFocusHolder = this; }
+void View::takeFocus() {
+    if (theFocusHolder == this) return;
+    if (View* old = theFocusHolder) old->releaseFocus();
+    theFocusHolder = this;
+    invalidateFocusRing();
+    focusChanged(true);
+}
 
 void View::releaseFocus() {
-    if (theFocusHolder == this) theFocusHolder = nullptr;
+    if (theFocusHolder != this) return;
+    theFocusHolder = nullptr;
+    invalidateFocusRing();
+    focusChanged(false);
+}
+
+void View::invalidateFocusRing() {
+    if (parent_ == nullptr || !acceptsFocus()) return;
+    double radius = 0;
+    parent_->invalidate(focusRingBounds(focusOutline(radius)));
 }
 
 bool View::keyDown(const KeyEvent&) { return false; }
+
+bool View::keyUp(const KeyEvent&) { return false; }
+
+IntRect View::focusOutline(double& radius) const {
+    radius = std::min(frame_.width, frame_.height) / 6.0;
+    return frame_;
+}
 
 View::~View() {
     if (theCaptureHolder == this) theCaptureHolder = nullptr;

@@ -52,6 +52,17 @@ public:
     virtual bool rightMouseDown(const MouseEvent& event);
     // Keys reach the view that holds the keyboard focus; answer whether the key was used.
     virtual bool keyDown(const KeyEvent& event);
+    virtual bool keyUp(const KeyEvent& event);
+    // Whether Tab stops at this view (a control the user can work from the keyboard).
+    virtual bool acceptsFocus() const { return false; }
+    // The outline the focus ring follows, in the parent's coordinates, with its corner
+    // radius: the frame with small rounded corners unless the control is shaped otherwise.
+    virtual IntRect focusOutline(double& radius) const;
+    // The sibling after which the ring is painted, so that it lies over the whole control
+    // (a selector's last segment) and under whatever comes later (the modal layer).
+    virtual const View* focusRingAfter() const { return this; }
+    // The keyboard focus arrives or leaves: a run of keys in progress ends.
+    virtual void focusChanged(bool focused) { (void)focused; }
     // Takes the keyboard focus (a console that was clicked), or gives it up.
     void takeFocus();
     void releaseFocus();
@@ -87,6 +98,8 @@ protected:
     friend class ContainerView;
     // The parent's screen origin plus the frame's corner.
     void deriveScreenFrame();
+    // Asks the parent to repaint where this view's focus ring lies.
+    void invalidateFocusRing();
 
     Window* window_ = nullptr;
     ContainerView* parent_ = nullptr;

@@ -135,6 +135,7 @@ public:
     std::string getVariable(CushyView& view, const std::string& name) override;
     bool isWritable(CushyView& view, const std::string& name) override;
     void beginEnd(CushyView& view, const std::string& name, bool beginning) override;
+    void keepNextEditApart(CushyView&) override { keepApart_ = true; }
     void setVariable(CushyView& view, const std::string& name, const std::string& value, bool continuous) override;
     // A parameter's plain value ("params.<name>") as a number; other names as text.
     std::unique_ptr<NumberVariable> numberVariable(CushyView& view, const std::string& name) override;
@@ -142,6 +143,9 @@ public:
     // (a gesture's first write is one undo step).
     double paramNumber(int index);
     void writeParamNumber(int index, double value, bool continuous);
+    // The value a key step of `by` from `value` reaches: the next step of a stepped
+    // parameter, however small `by` is.
+    double nudgeParam(int index, double value, double by);
 
     void timerFired(TimerQueue& queue, std::uint32_t due, std::uint32_t now, int id) override;
 
@@ -207,6 +211,7 @@ private:
     std::deque<UndoRecord> undoStack_;
     std::size_t undoPosition_ = 0;
     std::vector<bool> editedBits_;
+    bool keepApart_ = false;
     std::vector<std::uint32_t> rememberedStamps_;
     FileBrowserSetup browserSetup_;
     FileBrowserSetup saveSetup_;

@@ -49,7 +49,8 @@ void ModelController::writeParam(int index, bool human, const std::string& value
 
 void ModelController::markEdited(int index, bool human, bool continuous) {
     if (continuous && !editedBits_[static_cast<std::size_t>(index)]) {
-        pushUndo(changeDescription(index), !human);
+        pushUndo(changeDescription(index), !human && !keepApart_);
+        keepApart_ = false;
         editedBits_[static_cast<std::size_t>(index)] = true;
     }
 }
@@ -70,6 +71,8 @@ public:
     double read(double) override { return controller_.paramNumber(index_); }
     void write(double value, bool continuous) override { controller_.writeParamNumber(index_, value, continuous); }
     void beginEnd(bool beginning) override { controller_.beginEnd(view_, name_, beginning); }
+    double nudge(double value, double by) override { return controller_.nudgeParam(index_, value, by); }
+    void keepApart() override { controller_.keepNextEditApart(view_); }
 
 private:
     ModelController& controller_;
@@ -83,6 +86,20 @@ private:
 double ModelController::paramNumber(int index) {
     const Patch& patch = cachedPatch();
     return factory_.constrainValue(patch, index, patch.getParameter(index));
+}
+
+double ModelController::nudgeParam(int index, double value, double by) {
+    const Patch& patch = cachedPatch();
+    const auto step = [&](double v) { return double(factory_.constrainValue(patch, index, clamp01(v))); };
+    const double from = step(value);
+    // A parameter kept to steps holds a small move on its step: go on by the same amount
+    // until the next one. A range has at most a few hundred steps.
+    for (int i = 1; i <= 1000; ++i) {
+        const double v = value + by * i;
+        const double to = step(v);
+        if (to != from || v <= 0.0 || v >= 1.0) return to;
+    }
+    return from;
 }
 
 std::unique_ptr<NumberVariable> ModelController::numberVariable(CushyView& view, const std::string& name) {
@@ -116,7 +133,8 @@ void ModelController::changeParam(const std::string& params) {
     } else {
         throw FormatException("Invalid action params for changeParam: " + quote(params));
     }
-    pushUndo(changeDescription(index), true);
+    pushUndo(changeDescription(index), !keepApart_);
+    keepApart_ = false;
     value = factory_.constrainValue(cachedPatch(), index, value);
     services_.beginEnd(index, true);
     writeParameter(index, value);

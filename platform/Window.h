@@ -57,6 +57,7 @@ enum class Key {
     character,  // `character` holds the typed code point
     backspace, tab, enter, escape, del,
     left, right, up, down, home, end, pageUp, pageDown,
+    f1, f2,
     shift, control, alt,
     other,
 };
@@ -117,6 +118,12 @@ public:
     virtual bool isActive() const = 0;
     // A point of this window in screen coordinates.
     virtual void toScreen(std::int32_t& x, std::int32_t& y) const = 0;
+    // The editor's window asks for the keyboard when the user clicks in it, and gives it
+    // back to the host's window when the user is done with it (Escape), so that the
+    // host's own shortcuts work again; that answers whether the window had it. Helper
+    // windows manage their focus themselves.
+    virtual void takeKeyboardFocus() {}
+    virtual bool returnKeyboardFocus() { return false; }
 
     // Top-level helper windows. A popup (a menu, the hint) is override-redirect and never
     // takes the focus; a dialog is transient for the host's window and takes it. Both are

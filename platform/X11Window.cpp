@@ -101,6 +101,8 @@ Key keyOf(KeySym sym) {
         case XK_End: case XK_KP_End: return Key::end;
         case XK_Page_Up: case XK_KP_Page_Up: return Key::pageUp;
         case XK_Page_Down: case XK_KP_Page_Down: return Key::pageDown;
+        case XK_F1: return Key::f1;
+        case XK_F2: return Key::f2;
         case XK_Shift_L: case XK_Shift_R: return Key::shift;
         case XK_Control_L: case XK_Control_R: return Key::control;
         case XK_Alt_L: case XK_Alt_R: case XK_Meta_L: case XK_Meta_R: return Key::alt;
@@ -427,6 +429,72 @@ void X11Window::toScreen(std::int32_t& x, std::int32_t& y) const {
     XTranslateCoordinates(c.display(), window_, c.root(), x, y, &sx, &sy, &child);
     x = sx;
     y = sy;
+}
+
+void X11Window::takeKeyboardFocus() {
+    if (kind_ != Kind::editor || !window_ || session_->gone()) return;
+    X11Connection& c = *session_->connection;
+    c.takeError();
+    XSetInputFocus(c.display(), window_, RevertToParent, CurrentTime);
+    XFlush(c.display());
+}
+
+bool X11Window::returnKeyboardFocus() {
+    if (kind_ != Kind::editor || !window_ || session_->gone()) return false;
+    X11Connection& c = *session_->connection;
+    Display* d = c.display();
+    ::Window focus = 0;
+    int revert = 0;
+    XGetInputFocus(d, &focus, &revert);
+    if (focus != window_) return false;
+    // The host's top-level window is the one its toolkit takes keys in; its window for us
+    // may be an unmanaged child that does not. An unviewable target fails quietly.
+    const ::Window target = hostKeyWindow();
+    c.takeError();
+    // By way of no window: from ours, an inferior of the host's, the host's toolkit would
+    // take the focus's return as a move inside its window and not see that it has it again.
+    XSetInputFocus(d, None, RevertToNone, CurrentTime);
+    XSetInputFocus(d, target, RevertToParent, CurrentTime);
+    c.sync();
+    if (c.takeError() != 0) XSetInputFocus(d, PointerRoot, RevertToPointerRoot, CurrentTime);
+    XFlush(d);
+    return true;
+}
+
+::Window X11Window::hostKeyWindow() const {
+    // Asked afresh: the host's toolkit may have moved its window for us into another since
+    // we opened (a plug into its socket), and the top-level is the one it is in now.
+    X11Connection& c = *session_->connection;
+    c.takeError();
+    const ::Window top = topLevelOf(c, session_->hostWindow, nullptr);
+    if (c.takeError() == 0 && top != 0) return top;
+    return session_->hostTopLevel != 0 ? session_->hostTopLevel : session_->hostWindow;
+}
+
+void X11Window::passKeyOn(const XKeyEvent& key) {
+    if (!window_ || session_->gone() || session_->hostWindow == 0) return;
+    X11Connection& c = *session_->connection;
+    Display* d = c.display();
+    // The host's top-level window is where its toolkit looks up its shortcuts; the window
+    // it gave us may be a plug or socket of its own that keeps keys to itself.
+    const ::Window target = hostKeyWindow();
+    XWindowAttributes attributes{};
+    c.takeError();
+    const bool known = XGetWindowAttributes(d, target, &attributes) != 0 && c.takeError() == 0;
+    const long mask = key.type == KeyPress ? KeyPressMask : KeyReleaseMask;
+    if (known && (attributes.all_event_masks & mask) == 0) {
+        // A toolkit that reads the keyboard through the input extension (GTK 3) never
+        // sees a sent core event: the keyboard itself goes back, so that the host has
+        // the next key (this one is lost to it).
+        if (key.type == KeyPress) returnKeyboardFocus();
+        return;
+    }
+    XEvent copy{};
+    copy.xkey = key;
+    copy.xkey.window = target;
+    copy.xkey.subwindow = 0;
+    XSendEvent(d, target, False, mask, &copy);
+    XFlush(d);
 }
 
 void X11Window::holdInput() {
@@ -831,10 +899,12 @@ void X11Window::handleEvent(XEvent& event) {
                     if (hovered_) client_.modifiersChanged(mouseEvent(pointerX_, pointerY_, now));
                 }
             }
-            if (press)
-                client_.keyDown(e);
-            else
-                client_.keyUp(e);
+            const bool used = press ? client_.keyDown(e) : client_.keyUp(e);
+            // Only a key that reached our editor window through the focus is the host's to
+            // have; one that we sent ourselves, or that arrived while a helper holds the
+            // keyboard, is not.
+            // A modifier alone is no key of the host's yet: what it modifies decides.
+            if (!used && kind_ == Kind::editor && !k.send_event && !holding_ && modifierOf(e.key) == 0) passKeyOn(k);
             break;
         }
         case VisibilityNotify:

@@ -74,6 +74,8 @@ public:
     TimerQueue& timers() override { return session_->timers; }
     bool isActive() const override;
     void toScreen(std::int32_t& x, std::int32_t& y) const override;
+    void takeKeyboardFocus() override;
+    bool returnKeyboardFocus() override;
     std::unique_ptr<Window> openPopup(WindowClient& client, std::int32_t x, std::int32_t y, std::int32_t width,
                                       std::int32_t height) override;
     std::unique_ptr<Window> openDialog(WindowClient& client, const std::string& title, std::int32_t x, std::int32_t y,
@@ -125,6 +127,11 @@ private:
     void watchHold();
     bool belongsToUs(::Window window) const;
     bool menuHoldsPointer() const;
+    // A key the editor did not use, sent on to the host's top-level window, as if ours
+    // had not had the focus; to a host that cannot take a sent key, the keyboard itself.
+    void passKeyOn(const XKeyEvent& key);
+    // The host's top-level window as it stands now, where its toolkit takes keys.
+    ::Window hostKeyWindow() const;
     void placeOnScreen(std::int32_t& x, std::int32_t& y, std::int32_t width, std::int32_t height) const;
 
     std::shared_ptr<X11Session> session_;

@@ -8,7 +8,7 @@ export DEBIAN_FRONTEND=noninteractive
 $SUDO apt-get update -qq
 $SUDO apt-get install -y -qq --no-install-recommends \
   cmake ninja-build g++ clang libclang-rt-14-dev pkg-config \
-  zlib1g-dev libpng-dev libx11-dev libxext-dev libsndfile1-dev libcurl4-openssl-dev \
+  zlib1g-dev libpng-dev libx11-dev libxext-dev libxtst-dev libsndfile1-dev libcurl4-openssl-dev \
   libfreetype-dev fonts-dejavu-core \
   libgtest-dev libgmock-dev libbenchmark-dev libcairo2-dev \
   xvfb xauth xdotool openbox imagemagick lsp-plugins-vst locales \

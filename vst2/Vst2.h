@@ -102,6 +102,8 @@ enum EffectOpcode : int32 {
     effCanDo = 51,
     effGetTailSize = 52,
     effGetVstVersion = 58,
+    effEditKeyDown = 59,  // index: the character, value: a virtual key, opt: modifier bits
+    effEditKeyUp = 60,
     effStartProcess = 71,
     effStopProcess = 72,
 };

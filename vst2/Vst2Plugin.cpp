@@ -264,6 +264,9 @@ vst2::intptr Vst2Plugin::dispatch(vst2::int32 opcode, vst2::int32 index, vst2::i
         case effEditIdle:
         case effEditClose:
             return editor_ ? editorCall(opcode, ptr) : 0;
+        case effEditKeyDown:
+        case effEditKeyUp:
+            return editor_ ? editorKey(opcode, index, value, opt) : 0;
         default:
             return 0;
     }
@@ -291,6 +294,19 @@ vst2::intptr Vst2Plugin::editorCall(vst2::int32 opcode, void* ptr) {
             // thread does not let go in time.
             return editor_->close() ? 1 : 0;
     }
+}
+
+vst2::intptr Vst2Plugin::editorKey(vst2::int32 opcode, vst2::int32 index, vst2::intptr value, float opt) {
+    KeyEvent event = vst2KeyEvent(index, value, opt);
+    if (opcode == vst2::effEditKeyDown) {
+        event.repeat = heldKeys_.press(index, value);
+    } else {
+        heldKeys_.release(index, value);
+    }
+    if (event.key == Key::other) return 0;
+    event.time = millisecondTick();
+    const bool used = opcode == vst2::effEditKeyDown ? editor_->keyDown(event) : editor_->keyUp(event);
+    return used ? 1 : 0;
 }
 
 int Vst2Plugin::processEvents(const vst2::VstEvents* list) {

@@ -13,6 +13,7 @@
 #include "patch/ModelFactory.h"
 #include "platform/Mutex.h"
 #include "vst2/Vst2.h"
+#include "vst2/Vst2Keys.h"
 
 namespace tw {
 
@@ -54,6 +55,8 @@ private:
     int canDo(std::string_view question) const;
     vst2::intptr vendorSpecific(vst2::int32 code, vst2::intptr argument, void* ptr, float opt);
     vst2::intptr editorCall(vst2::int32 opcode, void* ptr);
+    // A key the host offers the editor: 1 when the editor used it, 0 to leave it to the host.
+    vst2::intptr editorKey(vst2::int32 opcode, vst2::int32 index, vst2::intptr value, float opt);
     // The host's chunk: the buffer is ours and stays valid until the next call; size 0 on
     // failure. Setting answers `size`, or 0 when the chunk was refused.
     vst2::intptr getChunk(void** data, bool isPreset);
@@ -65,6 +68,7 @@ private:
     Mutex chunkMutex_;
     std::string chunkBuffer_;
     vst2::ERect rect_{};
+    Vst2HeldKeys heldKeys_;
     // Last, so that the editor's window goes before everything it shows.
     std::unique_ptr<Editor> editor_;
 };

@@ -190,6 +190,23 @@ in_dialog "Open Tidewake Patch"
 dialog_click "$dialog_ok"
 wait_for "^parameter $delay \"20.00 ms\"\$"
 
+# From the keyboard. A click on the knob gives it the focus and the editor the keyboard
+# (a press without a move: a gesture with nothing in it); Up is one gesture of one step,
+# Ctrl+Z takes it back, and Tab goes on to the feedback knob, which Up then raises.
+feedback=$(index_of "Feedback Amount")
+click "$delay_knob"
+wait_for "^end $delay\$"
+xdotool key Up
+wait_for "^begin $delay\$"
+wait_for "^automate $delay "
+wait_for "^end $delay\$"
+xdotool key ctrl+z
+wait_for "^parameter $delay \"20.00 ms\"\$"
+xdotool key Tab Up
+wait_for "^begin $feedback\$"
+wait_for "^automate $feedback "
+wait_for "^end $feedback\$"
+
 # Closing: the host closes the editor and ends the plug-in as a host would.
 kill -TERM "$host_pid"
 if ! wait "$host_pid"; then fail "the host did not end cleanly after closing the editor"; fi
