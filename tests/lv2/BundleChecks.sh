@@ -14,9 +14,10 @@ trap 'rm -rf "$work"' EXIT
 fail() { echo "FAILED: $*"; exit 1; }
 uri=urn:marlinworks:tidewake
 
-# A folder of its own on LV2_PATH, so that only this bundle is read.
-mkdir -p "$work/lv2" && cp -r "$bundle" "$work/lv2/"
-export LV2_PATH="$work/lv2"
+# A folder of its own on LV2_PATH, so that only this bundle is read, and a home of its own,
+# so that no startup bank a user or an earlier run left decides the programs both builds start with.
+mkdir -p "$work/lv2" "$work/home" && cp -r "$bundle" "$work/lv2/"
+export LV2_PATH="$work/lv2" HOME="$work/home" XDG_CONFIG_HOME="$work/home/.config"
 
 out=$(cd "$work/lv2/Tidewake.lv2" && lv2_validate ./*.ttl 2>&1)
 grep -q "Found 0 errors" <<<"$out" || { echo "$out" | grep -A4 "error"; fail "lv2_validate"; }
