@@ -6,7 +6,7 @@
 namespace tw::clap {
 
 ClapGui::ClapGui(Instance& instance, const EditorFactory& factory, const clap_host_t* host)
-    : host_(host), editor_(instance, factory) {
+    : host_(host), editor_(instance, factory, "CLAP") {
     if (host_->get_extension)
         timers_ = static_cast<const clap_host_timer_support_t*>(host_->get_extension(host_, CLAP_EXT_TIMER_SUPPORT));
     if (timers_ && (!timers_->register_timer || !timers_->unregister_timer)) timers_ = nullptr;

@@ -33,8 +33,8 @@ SharedResources& sharedResources(const std::string& modelName) {
 
 }  // namespace
 
-Editor::Editor(ModelServices& services, const EditorFactory& factory)
-    : services_(services), factory_(factory), baseSize_(factory.getEditorSize()) {}
+Editor::Editor(ModelServices& services, const EditorFactory& factory, std::string format)
+    : services_(services), factory_(factory), baseSize_(factory.getEditorSize()), format_(std::move(format)) {}
 
 const Zoom& Editor::zoom() {
     if (!zoom_) zoom_ = openingZoom();
@@ -201,6 +201,7 @@ bool Editor::open(std::uintptr_t parent) {
     auto controller = factory_.createController(services_, shared.resources, shared.strings);
     zoom_ = openingZoom();
     controller->setZoom(*zoom_);
+    controller->setFormat(format_);
     controller->onZoomChosen([this] { zoomPicked_ = true; });
     parent_ = parent;
     const IntRect shown = size();

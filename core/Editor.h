@@ -27,7 +27,8 @@ namespace tw {
 
 class Editor {
 public:
-    Editor(ModelServices& services, const EditorFactory& factory);
+    // `format`: the plug-in format the host loaded, as the about box names it ("VST 2.4").
+    Editor(ModelServices& services, const EditorFactory& factory, std::string format);
     ~Editor();
     Editor(const Editor&) = delete;
     Editor& operator=(const Editor&) = delete;
@@ -87,6 +88,7 @@ private:
     ModelServices& services_;
     const EditorFactory& factory_;
     IntRect baseSize_;
+    std::string format_;
     std::optional<Zoom> zoom_;
     std::optional<double> hostScale_;
     std::function<bool(std::int32_t, std::int32_t)> resizeRequest_;

@@ -102,7 +102,8 @@ void ModelController::fillConstants() {
                   {"BUILD.COMPILER", compilerName()},
                   {"BUILD.LIBS", std::string("zlib ") + ZLIB_VERSION + ", libpng " + PNG_LIBPNG_VER_STRING},
                   {"PLATFORM.OS", "Linux"},
-                  {"PLATFORM.CPU", "x86-64"}};
+                  {"PLATFORM.CPU", "x86-64"},
+                  {"PLATFORM.FORMAT", format_}};
     for (const auto& [name, path] : dirs) constants_[name] = quote(path);
     parameterIndex_.clear();
     for (std::size_t i = 0; i < descriptor_.parameters.size(); ++i)

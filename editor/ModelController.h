@@ -65,6 +65,8 @@ public:
     // effect at the next open; the editor must be closed (`close`) to change it.
     const Zoom& zoom() const { return zoom_; }
     void setZoom(const Zoom& zoom);
+    // The plug-in format the host loaded, for the about box (`PLATFORM.FORMAT`); set before open.
+    void setFormat(std::string format) { format_ = std::move(format); }
     IntRect size() const;
     // Told when the user picks a zoom in the menu (the choice is in the preferences then):
     // the owner of the window resizes it once the action is over.
@@ -191,6 +193,7 @@ private:
     const ModelFactory& factory_;
     const IntRect bounds_;
     Zoom zoom_;
+    std::string format_ = "VST 2.4";
     std::function<void()> zoomChosen_;
     const ModelDescriptor& descriptor_;
     ResourceManager& resources_;

@@ -7,7 +7,7 @@ namespace tw::lv2 {
 Lv2Ui::Lv2Ui(Lv2Plugin& plugin, const EditorFactory& editor, const Host& host, std::uintptr_t parent)
     : plugin_(plugin),
       host_(host),
-      editor_(plugin.instance(), editor),
+      editor_(plugin.instance(), editor, "LV2"),
       shown_(static_cast<std::size_t>(plugin.instance().parameterCount()), NAN) {
     if (host_.scale) editor_.setHostScale(*host_.scale);
     // ui:resize answers 0 when the host took the size.

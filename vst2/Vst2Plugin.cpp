@@ -100,7 +100,7 @@ Vst2Plugin::Vst2Plugin(vst2::HostCallback host, std::unique_ptr<ModelFactory> fa
 
     const IntRect size = editor ? editor->getEditorSize() : IntRect{};
     if (!size.isEmpty()) {
-        editor_ = std::make_unique<Editor>(instance_, *editor);
+        editor_ = std::make_unique<Editor>(instance_, *editor, "VST 2.4");
         effect_.flags |= vst2::effFlagsHasEditor;
         // A zoom picked with the editor open asks the host to size its window anew; a host
         // that does not know the call answers 0 and the zoom stays as it was.

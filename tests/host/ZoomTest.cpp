@@ -379,6 +379,7 @@ TEST_F(ZoomOnX11, AHostThatRefusesKeepsTheSizeAndTheStatusLineSaysSo) {
     ModelController* controller = Vst2Plugin::of(host.effect)->editor()->controller();
     EXPECT_EQ(controller->getVariable(controller->rootView(), "status.hint"), "The host keeps the editor at its size.");
     EXPECT_EQ(controller->zoom().percent(), 100);
+    EXPECT_EQ(controller->getVariable(controller->rootView(), "PLATFORM.FORMAT"), "VST 2.4") << "as the about box says";
     host.dispatch(vst2::effEditClose);
     Prefs(tidewakeDescriptor()).remove("zoom");
 }

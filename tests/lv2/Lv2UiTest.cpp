@@ -2,7 +2,9 @@
 // as the host's touch around port writes, and the host's values come back.
 #include <gtest/gtest.h>
 
+#include <lv2/atom/atom.h>
 #include <lv2/instance-access/instance-access.h>
+#include <lv2/options/options.h>
 
 // The LV2 headers before X11's, whose macros (None, Bool) would break them.
 #include "tests/lv2/Lv2Host.h"
@@ -123,6 +125,47 @@ TEST(Lv2Ui, ADragOnAKnobIsHeardAsTouchAroundPortWrites) {
     instance.updateDisplay();
     pump(3);
     EXPECT_FALSE(host.writes.empty());
+
+    ui->cleanup(handle);
+    XDestroyWindow(display, parent);
+    XCloseDisplay(display);
+}
+
+// A host that draws its own windows at 150 % says so in ui:scaleFactor: the editor opens
+// drawn at 150 % and asks for that size.
+TEST(Lv2Ui, TheHostsScaleFactorOpensTheEditorAtItsZoom) {
+    if (!haveDisplay()) GTEST_SKIP() << noDisplayMessage;
+    Display* display = openDisplay();
+    ASSERT_TRUE(display);
+    const ::Window parent = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 800, 720, 0, 0, 0);
+    XMapWindow(display, parent);
+    XSync(display, False);
+
+    UridMap map;
+    Lv2Host plugin(map);
+    UiHost host;
+    LV2UI_Resize resize{&host, UiHost::resize};
+    const float scale = 1.5f;
+    const LV2_Options_Option options[] = {
+        {LV2_OPTIONS_INSTANCE, 0, map.map(LV2_UI__scaleFactor), sizeof scale, map.map(LV2_ATOM__Float), &scale},
+        {LV2_OPTIONS_INSTANCE, 0, 0, 0, 0, nullptr}};
+    const LV2_Feature parentFeature{LV2_UI__parent, reinterpret_cast<void*>(parent)};
+    const LV2_Feature accessFeature{LV2_INSTANCE_ACCESS_URI, plugin.handle};
+    const LV2_Feature resizeFeature{LV2_UI__resize, &resize};
+    const LV2_Feature optionsFeature{LV2_OPTIONS__options, const_cast<LV2_Options_Option*>(options)};
+    const LV2_Feature* features[] = {map.feature(), &parentFeature, &accessFeature, &resizeFeature, &optionsFeature, nullptr};
+
+    const LV2UI_Descriptor* ui = lv2::uiDescriptor(tidewakeLv2());
+    LV2UI_Widget widget = nullptr;
+    LV2UI_Handle handle = ui->instantiate(ui, "urn:marlinworks:tidewake", "/nonexistent/", UiHost::write, &host,
+                                          &widget, features);
+    ASSERT_TRUE(handle);
+    EXPECT_EQ(host.width, 788);
+    EXPECT_EQ(host.height, 713);
+    XWindowAttributes attributes{};
+    XGetWindowAttributes(display, reinterpret_cast<::Window>(widget), &attributes);
+    EXPECT_EQ(attributes.width, 788);
+    EXPECT_EQ(attributes.height, 713);
 
     ui->cleanup(handle);
     XDestroyWindow(display, parent);
