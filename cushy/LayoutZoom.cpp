@@ -73,7 +73,12 @@ Zoom::Zoom(std::int32_t percent) {
         if (std::abs(level - percent) < std::abs(percent_ - percent)) percent_ = level;
 }
 
-std::int32_t Zoom::length(double units) const { return std::int32_t(std::floor(units * percent_ / 100.0 + 0.5)); }
+std::int32_t Zoom::length(double units) const {
+    const double pixels = std::floor(units * percent_ / 100.0 + 0.5);
+    // Held to 32 bits, as every length of a layout is; a layout may write any number.
+    if (!(pixels == pixels)) return 0;
+    return pixels >= 2147483647.0 ? 2147483647 : pixels <= -2147483648.0 ? -2147483647 - 1 : std::int32_t(pixels);
+}
 
 std::int32_t Zoom::lineWidth(double units) const {
     if (units <= 0) return 0;

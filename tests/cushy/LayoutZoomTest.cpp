@@ -22,6 +22,9 @@ TEST(LayoutZoom, RectanglesGoEdgeByEdgeSoNeighboursStayNeighbours) {
     EXPECT_EQ(a, (SpecRect{25, 93, 80, 118}));
     EXPECT_EQ(zoom.zoomRect("{ 0, 0, w-10, 4 }"), "{ 0, 0, w-10, 5 }") << "an expression stays as written";
     EXPECT_EQ(Zoom(100).zoomRect("{ 1, 2, 3, 4 }"), "{ 1, 2, 3, 4 }");
+    // Numbers past 32 bits are held there, as the readers of bounds hold them.
+    EXPECT_EQ(zoom.zoomRect("{ 0, 0, 1e37, -1e37 }"), "{ 0, 0, 2147483647, -2147483648 }");
+    EXPECT_EQ(zoom.length(-1e300), -2147483647 - 1);
 }
 
 TEST(LayoutZoom, LengthsScaleAndLinesStayAtLeastAPixel) {
